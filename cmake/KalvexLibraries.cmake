@@ -1,0 +1,45 @@
+# Logic libraries ("cores") must stay free of Qt Widgets: windows are thin layers over them.
+# kalvex_core_library() declares one; kalvex_check_core_libraries() fails the configure step when a
+# core links Widgets or PrintSupport, directly or through another library.
+
+set_property(GLOBAL PROPERTY KALVEX_CORE_LIBRARIES "")
+
+function(kalvex_core_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  set_property(GLOBAL APPEND PROPERTY KALVEX_CORE_LIBRARIES ${name})
+endfunction()
+
+function(kalvex_widget_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC Qt6::Widgets)
+endfunction()
+
+function(_kalvex_collect_links target out)
+  set(seen ${${out}})
+  get_target_property(links ${target} LINK_LIBRARIES)
+  get_target_property(ilinks ${target} INTERFACE_LINK_LIBRARIES)
+  foreach(dep IN LISTS links ilinks)
+    if(dep AND NOT dep IN_LIST seen AND NOT dep MATCHES "NOTFOUND")
+      list(APPEND seen ${dep})
+      if(TARGET ${dep} AND NOT dep MATCHES "^Qt6::")
+        _kalvex_collect_links(${dep} seen)
+      endif()
+    endif()
+  endforeach()
+  set(${out} ${seen} PARENT_SCOPE)
+endfunction()
+
+function(kalvex_check_core_libraries)
+  get_property(cores GLOBAL PROPERTY KALVEX_CORE_LIBRARIES)
+  foreach(core IN LISTS cores)
+    set(all "")
+    _kalvex_collect_links(${core} all)
+    foreach(dep IN LISTS all)
+      if(dep MATCHES "Qt6::(Widgets|PrintSupport)" OR dep MATCHES "_widgets$")
+        message(FATAL_ERROR "${core} is a logic library and must not link ${dep}")
+      endif()
+    endforeach()
+  endforeach()
+endfunction()

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "launcher.h"
+
+#include <QList>
+#include <QStringList>
+
+class FakeLauncher final : public Launcher
+{
+public:
+    void openDocument(const QString &path) override { documents.append(path); }
+    void startProgram(const QString &program, const QStringList &arguments) override
+    {
+        programs.append(QStringList{program} + arguments);
+    }
+    void startDisplaySettings() override { ++displaySettings; }
+    void openHelp(const HelpTopic &topic) override { helps.append(topic); }
+
+    QStringList documents;
+    QList<QStringList> programs; // program then its arguments
+    int displaySettings = 0;
+    QList<HelpTopic> helps;
+};

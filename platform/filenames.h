@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QString>
+
+// Resolves a file named without a directory inside `directory`, ignoring case as the program's
+// file names were written for a system that does: the exact name first, else the single entry
+// whose name matches ignoring case, else the exact name (the one to create).
+QString resolveInDirectory(const QString &directory, const QString &bareName);

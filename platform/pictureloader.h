@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QIcon>
+#include <QImage>
+#include <QString>
+
+// Reads pictures and icons from files. A file that cannot be read gives a null image or icon.
+class PictureLoader
+{
+public:
+    virtual ~PictureLoader() = default;
+
+    // The picture at its natural size in pixels.
+    virtual QImage loadPicture(const QString &path) = 0;
+
+    // Every size an icon file holds.
+    virtual QIcon loadIcon(const QString &path) = 0;
+};

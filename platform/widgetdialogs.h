@@ -1,0 +1,34 @@
+#pragma once
+
+#include "dialogs.h"
+#include "folderpicker.h"
+
+class Launcher;
+class QWidget;
+
+// Message, question and input boxes as Qt's standard dialogs, owned by the active window.
+class WidgetDialogs final : public Dialogs
+{
+public:
+    WidgetDialogs(Launcher &helpOpener, QString applicationTitle);
+
+    void message(const QString &text, const QString &title = {}) override;
+    Answer question(const QString &text, const QString &title, const HelpTopic &help) override;
+    QString input(const QString &prompt, const QString &title = {}, const QString &initial = {}) override;
+    void beep() override;
+
+private:
+    QString titleOrApplication(const QString &title) const;
+
+    Launcher &m_helpOpener;
+    QString m_applicationTitle;
+};
+
+class WidgetFolderPicker final : public FolderPicker
+{
+public:
+    std::optional<QString> pickFolder() override;
+};
+
+// The window that owns a dialog opened now: the active modal window, else the active window.
+QWidget *dialogOwner();
