@@ -1,0 +1,45 @@
+#include "formsupport.h"
+
+#include "datadirectory.h"
+#include "pictureloader.h"
+
+#include <QLabel>
+#include <QShowEvent>
+#include <QToolButton>
+
+Form::Form(QWidget *parent)
+    : QDialog(parent, Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                          | Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint)
+{
+}
+
+void Form::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (!event->spontaneous())
+        load();
+}
+
+QToolButton *makePictureButton(const QString &hint, QWidget *parent, const QString &accessibleName)
+{
+    auto *button = new QToolButton(parent);
+    button->setIconSize(QSize(32, 32));
+    button->setAutoRaise(false);
+    button->setToolTip(hint);
+    button->setAccessibleName(hint.isEmpty() ? accessibleName : hint);
+    return button;
+}
+
+void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const DataDirectory &data,
+                    const QString &bareName)
+{
+    button->setIcon(pictures.loadIcon(data.file(bareName)));
+}
+
+QLabel *makeValueLabel(const QString &name, QWidget *parent)
+{
+    auto *label = new QLabel(parent);
+    label->setAccessibleName(name);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+class DataDirectory;
+class PictureLoader;
+class QAbstractButton;
+class QLabel;
+class QToolButton;
+
+// The base of the program's windows other than the main one. Each is opened modally from the main
+// window, created on first use and reused; every opening runs load(), where a window makes the data
+// directory current and reads its tables afresh.
+class Form : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit Form(QWidget *parent = nullptr);
+
+protected:
+    virtual void load() {}
+    void showEvent(QShowEvent *event) override;
+};
+
+// A picture button: an icon with a hint. The hint is the button's tooltip and its accessible
+// name; a button without a hint gets `accessibleName` instead.
+QToolButton *makePictureButton(const QString &hint, QWidget *parent, const QString &accessibleName = {});
+
+// Loads the icon file `bareName` from the data directory onto `button`; a missing file leaves it blank.
+void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const DataDirectory &data,
+                    const QString &bareName);
+
+// A label that screen readers name by `name` (for labels whose text is a value, such as a count).
+QLabel *makeValueLabel(const QString &name, QWidget *parent);
