@@ -1,0 +1,47 @@
+#include "datadirectory.h"
+#include "desktoplauncher.h"
+#include "linuxdirectorylister.h"
+#include "linuxdrives.h"
+#include "mainform.h"
+#include "qtpictureloader.h"
+#include "qtprinter.h"
+#include "systemclock.h"
+#include "widgetdialogs.h"
+
+#include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Kalvex2"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Kalvex2"));
+    QApplication::setDesktopFileName(QStringLiteral("kalvex2"));
+
+    // The standard dialogs and buttons speak French ("Oui", "Non", "Annuler") whatever the locale.
+    QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
+    QTranslator qtTranslations;
+    if (qtTranslations.load(QLocale(QLocale::French), QStringLiteral("qtbase"), QStringLiteral("_"),
+                            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&qtTranslations);
+
+    // The data directory is the program's own, wherever it was started from.
+    const DataDirectory data(QCoreApplication::applicationDirPath());
+
+    DesktopLauncher launcher(data.path());
+    WidgetDialogs dialogs(launcher, QApplication::applicationName());
+    WidgetFolderPicker folderPicker;
+    LinuxDrives drives;
+    LinuxDirectoryLister directoryLister;
+    QtPrinter printer;
+    QtPictureLoader pictures;
+    SystemClock clock;
+    const PlatformServices services{dialogs, folderPicker, launcher, drives, directoryLister,
+                                    printer, pictures, clock};
+
+    MainForm window(data, services);
+    window.show();
+    return QApplication::exec();
+}

@@ -1,0 +1,176 @@
+#include "mainform.h"
+
+#include "datadirectory.h"
+#include "launcher.h"
+#include "pictureloader.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+MainForm::MainForm(const DataDirectory &data, const PlatformServices &services, QWidget *parent)
+    : QMainWindow(parent)
+    , m_data(data)
+    , m_services(services)
+{
+    setWindowTitle(QStringLiteral("Kalvex2"));
+    setObjectName(QStringLiteral("MainForm"));
+
+    auto *central = new QWidget(this);
+    auto *layout = new QVBoxLayout(central);
+    auto *buttonRow = new QWidget(central);
+    buildButtons(buttonRow);
+    layout->addWidget(buttonRow);
+
+    m_picture = new QLabel(central);
+    m_picture->setObjectName(QStringLiteral("picture"));
+    m_picture->setAlignment(Qt::AlignCenter);
+    m_picture->setAccessibleName(QStringLiteral("Kalvex2"));
+    m_picture->setMinimumSize(480, 320);
+    layout->addWidget(m_picture, 1);
+
+    m_storedPath = new QLabel(central);
+    m_storedPath->setObjectName(QStringLiteral("storedPath"));
+    m_storedPath->setAccessibleName(QStringLiteral("Dossier du programme"));
+    m_storedPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    layout->addWidget(m_storedPath);
+    setCentralWidget(central);
+
+    buildMenus();
+    startUp();
+}
+
+MainForm::~MainForm() = default;
+
+void MainForm::buildMenus()
+{
+    QMenuBar *bar = menuBar();
+    QMenu *archive = bar->addMenu(QStringLiteral("   Archiver"));
+    connect(archive->addAction(QStringLiteral("Créer un fichier d'archives")), &QAction::triggered, this,
+            &MainForm::openCreateArchive);
+    connect(archive->addAction(QStringLiteral("Supprimer un fichier d'archives")), &QAction::triggered,
+            this, &MainForm::openArchiveList);
+
+    QMenu *search = bar->addMenu(QStringLiteral("              Rechercher"));
+    connect(search->addAction(QStringLiteral("Recherche d'un fichier")), &QAction::triggered, this,
+            &MainForm::openSearch);
+    connect(search->addAction(QStringLiteral("Recherche par thème")), &QAction::triggered, this,
+            &MainForm::openThemeSearch);
+
+    const QList<QPair<QString, void (MainForm::*)()>> commands = {
+        {QStringLiteral("      Extensions "), &MainForm::openExtensions},
+        {QStringLiteral("Dossiers d'archivage"), &MainForm::openFolders},
+        {QStringLiteral("Thèmes"), &MainForm::openThemes},
+        {QStringLiteral("Affichage"), &MainForm::openDisplaySettings},
+        {QStringLiteral("            Aide"), &MainForm::openHelp},
+    };
+    for (const auto &[caption, run] : commands)
+        connect(bar->addAction(caption), &QAction::triggered, this, run);
+}
+
+void MainForm::buildButtons(QWidget *row)
+{
+    const QList<Command> commands = {
+        {QStringLiteral("file005.ico"), QStringLiteral("Créer un fichier d'archives"), &MainForm::openCreateArchive},
+        {QStringLiteral("cross003.ico"), QStringLiteral("Supprimer un fichier d'archives"), &MainForm::openArchiveList},
+        {QStringLiteral("binoculr.ico"), QStringLiteral("Rechercher un fichier"), &MainForm::openSearch},
+        {QStringLiteral("crdfle10.ico"), QStringLiteral("Rechercher par thème"), &MainForm::openThemeSearch},
+        {QStringLiteral("foldrs01.ico"), QStringLiteral("Ajouter/supprimer un dossier d'archivage"), &MainForm::openFolders},
+        {QStringLiteral("words003.ico"), QStringLiteral("Ajouter/supprimer une extension"), &MainForm::openExtensions},
+        {QStringLiteral("note14.ico"), QStringLiteral("Ajouter/supprimer un thème"), &MainForm::openThemes},
+        {QStringLiteral("hlp.ico"), QStringLiteral("Rechercher une aide"), &MainForm::openHelp},
+        {QStringLiteral("Gtico000.ico"), QString(), &MainForm::openDisplaySettings},
+    };
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    for (const Command &command : commands) {
+        auto *button = new QToolButton(row);
+        button->setObjectName(command.icon);
+        button->setIconSize(QSize(32, 32));
+        button->setToolTip(command.hint);
+        // The display settings button has no hint; screen readers get the menu's caption.
+        button->setAccessibleName(command.hint.isEmpty() ? QStringLiteral("Affichage") : command.hint);
+        button->setProperty("iconFile", command.icon);
+        connect(button, &QToolButton::clicked, this, command.run);
+        layout->addWidget(button);
+        m_buttons.append(button);
+    }
+    layout->addStretch(1);
+}
+
+void MainForm::startUp()
+{
+    // Every step may fail (a missing picture, a read-only directory): the next one runs all the same.
+    m_data.makeCurrent();
+    const QImage picture = m_services.pictures.loadPicture(m_data.file(QStringLiteral("kalvex.jpg")));
+    if (!picture.isNull())
+        m_picture->setPixmap(QPixmap::fromImage(picture));
+    for (QToolButton *button : std::as_const(m_buttons)) {
+        const QString file = button->property("iconFile").toString();
+        button->setIcon(m_services.pictures.loadIcon(m_data.file(file)));
+    }
+    m_storedPath->setText(m_data.storedPath());
+    m_data.startUp();
+    m_storedPath->setText(m_data.storedPath());
+}
+
+QString MainForm::storedPath() const
+{
+    return m_storedPath->text();
+}
+
+void MainForm::showModal(QWidget *window)
+{
+    window->setWindowModality(Qt::ApplicationModal);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+void MainForm::openCreateArchive()
+{
+}
+
+void MainForm::openArchiveList()
+{
+}
+
+void MainForm::openSearch()
+{
+}
+
+void MainForm::openThemeSearch()
+{
+}
+
+void MainForm::openFolders()
+{
+}
+
+void MainForm::openExtensions()
+{
+}
+
+void MainForm::openThemes()
+{
+}
+
+void MainForm::openDisplaySettings()
+{
+    m_services.launcher.startDisplaySettings();
+}
+
+void MainForm::openHelp()
+{
+    m_services.launcher.openDocument(m_data.file(QStringLiteral("kalvex2.htm")));
+}
+
+void MainForm::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    QCoreApplication::quit(); // closes every other window with it
+}
