@@ -1,0 +1,85 @@
+#include "testsupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+namespace TestSupport {
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QString programDirectory()
+{
+    return qEnvironmentVariable("KALVEX_PROGRAM_DIR");
+}
+
+void copyProgramFiles(const QString &directory)
+{
+    const QDir program(programDirectory());
+    const QStringList files = program.entryList({QStringLiteral("*.ico"), QStringLiteral("*.jpg"),
+                                                 QStringLiteral("*.htm")}, QDir::Files);
+    for (const QString &name : files)
+        QFile::copy(program.filePath(name), QDir(directory).filePath(name));
+}
+
+QList<PdfWord> pdfWords(const QString &pdfPath)
+{
+    QProcess process;
+    process.start(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), pdfPath, QStringLiteral("-")});
+    if (!process.waitForFinished(30000))
+        return {};
+    const QString html = QString::fromUtf8(process.readAllStandardOutput());
+    static const QRegularExpression wordRe(QStringLiteral(
+        R"re(<word xMin="(-?[\d.]+)" yMin="(-?[\d.]+)" xMax="(-?[\d.]+)" yMax="(-?[\d.]+)">([^<]*)</word>)re"));
+    QList<PdfWord> words;
+    const QStringList pages = html.split(QStringLiteral("<page "));
+    for (int page = 1; page < pages.size(); ++page) {
+        auto it = wordRe.globalMatch(pages[page]);
+        while (it.hasNext()) {
+            const auto m = it.next();
+            const QPointF topLeft(m.captured(1).toDouble(), m.captured(2).toDouble());
+            const QPointF bottomRight(m.captured(3).toDouble(), m.captured(4).toDouble());
+            words.append({m.captured(5), QRectF(topLeft, bottomRight), page});
+        }
+    }
+    return words;
+}
+
+bool haveProgram(const QString &name)
+{
+    return !QStandardPaths::findExecutable(name).isEmpty();
+}
+
+bool fuseUsable(QString *why)
+{
+    if (!QFile::exists(QStringLiteral("/dev/fuse"))) {
+        *why = QStringLiteral("/dev/fuse is missing");
+        return false;
+    }
+    QFile fuse(QStringLiteral("/dev/fuse"));
+    if (!fuse.open(QIODevice::ReadWrite)) {
+        *why = QStringLiteral("/dev/fuse cannot be opened: ") + fuse.errorString();
+        return false;
+    }
+    for (const char *tool : {"fuseiso", "fusermount", "genisoimage"}) {
+        if (!haveProgram(QLatin1String(tool))) {
+            *why = QStringLiteral("%1 is not installed").arg(QLatin1String(tool));
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace TestSupport

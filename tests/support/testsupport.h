@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QRectF>
+#include <QString>
+#include <QStringList>
+
+namespace TestSupport {
+
+QByteArray readFile(const QString &path);
+bool writeFile(const QString &path, const QByteArray &bytes);
+
+// The folder the build stages the program's pictures and pages in.
+QString programDirectory();
+
+// Copies the program's staged pictures and pages into `directory` (a test's data directory).
+void copyProgramFiles(const QString &directory);
+
+struct PdfWord
+{
+    QString text;
+    QRectF box; // in points from the page's top-left corner
+    int page = 0;
+};
+
+// The words of a PDF with their boxes (pdftotext -bbox); empty when pdftotext is missing.
+QList<PdfWord> pdfWords(const QString &pdfPath);
+
+// Whether a command is on the PATH.
+bool haveProgram(const QString &name);
+
+// Whether FUSE file systems can be mounted here; `why` tells what is missing when not.
+bool fuseUsable(QString *why);
+
+} // namespace TestSupport

@@ -1,0 +1,158 @@
+#include "datadirectory.h"
+#include "fakeservices.h"
+#include "mainform.h"
+#include "testsupport.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QMenuBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+namespace {
+
+QList<QToolButton *> pictureButtons(MainForm &window)
+{
+    QList<QToolButton *> buttons;
+    for (QToolButton *button : window.centralWidget()->findChildren<QToolButton *>())
+        buttons.append(button);
+    std::sort(buttons.begin(), buttons.end(), [](QToolButton *a, QToolButton *b) { return a->x() < b->x(); });
+    return buttons;
+}
+
+QAction *menuAction(MainForm &window, const QString &caption)
+{
+    for (QAction *action : window.menuBar()->actions()) {
+        if (action->text() == caption)
+            return action;
+        if (action->menu()) {
+            for (QAction *item : action->menu()->actions()) {
+                if (item->text() == caption)
+                    return item;
+            }
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class tst_MainForm : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void menuCaptionsInOrder()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        QStringList captions;
+        for (QAction *action : window.menuBar()->actions())
+            captions.append(action->text());
+        QCOMPARE(captions, (QStringList{u"   Archiver"_qs, u"              Rechercher"_qs, u"      Extensions "_qs,
+                                        u"Dossiers d'archivage"_qs, u"Thèmes"_qs, u"Affichage"_qs,
+                                        u"            Aide"_qs}));
+        const auto items = [&](int index) {
+            QStringList texts;
+            for (QAction *item : window.menuBar()->actions()[index]->menu()->actions())
+                texts.append(item->text());
+            return texts;
+        };
+        QCOMPARE(items(0), (QStringList{u"Créer un fichier d'archives"_qs, u"Supprimer un fichier d'archives"_qs}));
+        QCOMPARE(items(1), (QStringList{u"Recherche d'un fichier"_qs, u"Recherche par thème"_qs}));
+        for (int i = 2; i < 7; ++i)
+            QVERIFY(!window.menuBar()->actions()[i]->menu());
+    }
+
+    void pictureButtonsWithIconsAndHints()
+    {
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        const QList<QToolButton *> buttons = pictureButtons(window);
+        QCOMPARE(buttons.size(), 9);
+        const QStringList hints = {u"Créer un fichier d'archives"_qs, u"Supprimer un fichier d'archives"_qs,
+                                   u"Rechercher un fichier"_qs, u"Rechercher par thème"_qs,
+                                   u"Ajouter/supprimer un dossier d'archivage"_qs,
+                                   u"Ajouter/supprimer une extension"_qs, u"Ajouter/supprimer un thème"_qs,
+                                   u"Rechercher une aide"_qs, QString()};
+        const QStringList icons = {u"file005.ico"_qs, u"cross003.ico"_qs, u"binoculr.ico"_qs, u"crdfle10.ico"_qs,
+                                   u"foldrs01.ico"_qs, u"words003.ico"_qs, u"note14.ico"_qs, u"hlp.ico"_qs,
+                                   u"Gtico000.ico"_qs};
+        for (int i = 0; i < 9; ++i) {
+            QCOMPARE(buttons[i]->toolTip(), hints[i]);
+            QVERIFY(!buttons[i]->accessibleName().isEmpty());
+            if (!hints[i].isEmpty())
+                QCOMPARE(buttons[i]->accessibleName(), hints[i]);
+            QCOMPARE(fakes.pictures.icons[i], dir.filePath(icons[i]));
+            QVERIFY2(!buttons[i]->icon().isNull(), qPrintable(icons[i]));
+        }
+        QCOMPARE(fakes.pictures.pictures, QStringList{dir.filePath(u"kalvex.jpg"_qs)});
+        QVERIFY(!window.findChild<QLabel *>(u"picture"_qs)->pixmap().isNull());
+    }
+
+    void startUpWithoutPicturesStillCreatesTheFolders()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        QCOMPARE(data.archiveFolders().size(), 5);
+        QCOMPARE(window.storedPath(), dir.path() + u"/"_qs);
+        QCOMPARE(QDir::currentPath(), QDir(dir.path()).canonicalPath());
+        QVERIFY(window.findChild<QLabel *>(u"picture"_qs)->pixmap().isNull());
+        for (QToolButton *button : pictureButtons(window))
+            QVERIFY(button->icon().isNull());
+    }
+
+    void helpAndDisplaySettingsFromMenuAndButtons()
+    {
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QList<QToolButton *> buttons = pictureButtons(window);
+
+        QTest::mouseClick(buttons[7], Qt::LeftButton);
+        menuAction(window, u"            Aide"_qs)->trigger();
+        QCOMPARE(fakes.launcher.documents, QStringList(2, dir.filePath(u"kalvex2.htm"_qs)));
+
+        QTest::mouseClick(buttons[8], Qt::LeftButton);
+        menuAction(window, u"Affichage"_qs)->trigger();
+        QCOMPARE(fakes.launcher.displaySettings, 2);
+        QVERIFY(fakes.dialogs.shown.isEmpty());
+    }
+
+    void closingTheMainWindowEndsTheProgram()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        window.show();
+        QTimer::singleShot(0, &window, &QWidget::close);
+        QTimer failSafe;
+        failSafe.setSingleShot(true);
+        bool timedOut = false;
+        connect(&failSafe, &QTimer::timeout, &window, [&] { timedOut = true; QCoreApplication::exit(1); });
+        failSafe.start(5000);
+        QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(!timedOut);
+    }
+};
+
+QTEST_MAIN(tst_MainForm)
+#include "tst_mainform.moc"

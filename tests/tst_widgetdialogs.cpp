@@ -1,0 +1,121 @@
+#include "fakelauncher.h"
+#include "widgetdialogs.h"
+
+#include <QApplication>
+#include <QInputDialog>
+#include <QLibraryInfo>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QTranslator>
+
+namespace {
+
+// Runs `act` on the first modal box that opens.
+template <typename Box>
+void whenBoxOpens(std::function<void(Box *)> act)
+{
+    auto *timer = new QTimer;
+    timer->setInterval(10);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, act] {
+        if (auto *box = qobject_cast<Box *>(QApplication::activeModalWidget())) {
+            timer->stop();
+            timer->deleteLater();
+            act(box);
+        }
+    });
+    timer->start();
+}
+
+} // namespace
+
+class tst_WidgetDialogs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_translator.load(QLocale(QLocale::French), u"qtbase"_qs, u"_"_qs,
+                                  QLibraryInfo::path(QLibraryInfo::TranslationsPath)));
+        QApplication::installTranslator(&m_translator);
+    }
+
+    void questionDefaultsToNoSpeaksFrenchAndOpensHelpOnF1()
+    {
+        FakeLauncher launcher;
+        WidgetDialogs dialogs(launcher, u"Kalvex2"_qs);
+        QString yesText, noText, title;
+        QMessageBox::Icon icon = QMessageBox::NoIcon;
+        whenBoxOpens<QMessageBox>([&](QMessageBox *box) {
+            yesText = box->button(QMessageBox::Yes)->text().remove(QLatin1Char('&'));
+            noText = box->button(QMessageBox::No)->text().remove(QLatin1Char('&'));
+            title = box->windowTitle();
+            icon = box->icon();
+            QTest::keyClick(box, Qt::Key_F1);
+            QTest::keyClick(box, Qt::Key_Return); // the default button
+        });
+        const Answer answer = dialogs.question(u"Souhaitez-vous SUPPRIMER ce thème jeux"_qs,
+                                               u"Suppression de fichier "_qs, kDemoHelp);
+        QCOMPARE(answer, Answer::No);
+        QCOMPARE(yesText, u"Oui"_qs);
+        QCOMPARE(noText, u"Non"_qs);
+        QCOMPARE(title, u"Suppression de fichier "_qs);
+        QCOMPARE(icon, QMessageBox::Critical);
+        QCOMPARE(launcher.helps.size(), 1);
+        QCOMPARE(launcher.helps[0].file, u"DEMO.HLP"_qs);
+        QCOMPARE(launcher.helps[0].context, 1000);
+    }
+
+    void onlyYesSaysYes()
+    {
+        FakeLauncher launcher;
+        WidgetDialogs dialogs(launcher, u"Kalvex2"_qs);
+        whenBoxOpens<QMessageBox>([](QMessageBox *box) { box->button(QMessageBox::Yes)->click(); });
+        QCOMPARE(dialogs.question(u"?"_qs, u"t"_qs, kDemoHelp), Answer::Yes);
+        whenBoxOpens<QMessageBox>([](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Escape); });
+        QCOMPARE(dialogs.question(u"?"_qs, u"t"_qs, kDemoHelp), Answer::No);
+    }
+
+    void messageHasTheApplicationTitleAndOneButton()
+    {
+        FakeLauncher launcher;
+        WidgetDialogs dialogs(launcher, u"Kalvex2"_qs);
+        QString title, text;
+        int buttons = 0;
+        whenBoxOpens<QMessageBox>([&](QMessageBox *box) {
+            title = box->windowTitle();
+            text = box->text();
+            buttons = box->buttons().size();
+            box->button(QMessageBox::Ok)->click();
+        });
+        dialogs.message(u"Nom trop long (8 caractères maxi)"_qs);
+        QCOMPARE(title, u"Kalvex2"_qs);
+        QCOMPARE(text, u"Nom trop long (8 caractères maxi)"_qs);
+        QCOMPARE(buttons, 1);
+    }
+
+    void inputGivesTheTextOrEmptyOnCancel()
+    {
+        FakeLauncher launcher;
+        WidgetDialogs dialogs(launcher, u"Kalvex2"_qs);
+        whenBoxOpens<QInputDialog>([](QInputDialog *box) {
+            QTest::keyClicks(box->findChild<QLineEdit *>(), u"pcfun75"_qs);
+            box->accept();
+        });
+        QCOMPARE(dialogs.input(u"Nom du fichier, sans extension ? "_qs), u"pcfun75"_qs);
+        whenBoxOpens<QInputDialog>([](QInputDialog *box) {
+            QTest::keyClicks(box->findChild<QLineEdit *>(), u"typed"_qs);
+            box->reject();
+        });
+        QCOMPARE(dialogs.input(u"?"_qs), QString());
+    }
+
+private:
+    QTranslator m_translator;
+};
+
+QTEST_MAIN(tst_WidgetDialogs)
+#include "tst_widgetdialogs.moc"

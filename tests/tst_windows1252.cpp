@@ -1,0 +1,54 @@
+#include "windows1252.h"
+
+#include <QTest>
+
+class tst_Windows1252 : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyByteRoundTrips()
+    {
+        QByteArray all;
+        for (int i = 0; i < 256; ++i)
+            all.append(char(i));
+        QCOMPARE(Windows1252::encode(Windows1252::decode(all)), all);
+    }
+
+    void frenchTextAndSubstitutes()
+    {
+        QCOMPARE(Windows1252::encode(u"Thèmes € œuvre"), QByteArray("Th\xE8mes \x80 \x9C" "uvre"));
+        // Outside the code page: one '?' per character, a surrogate pair included.
+        QCOMPARE(Windows1252::encode(u"日本 \U0001F600"), QByteArray("?? ?"));
+        QCOMPARE(Windows1252::decode("\x80\x92\xE9"), QStringLiteral("€’é"));
+    }
+
+    void upperCasingFollowsTheCodePage()
+    {
+        QCOMPARE(Windows1252::toUpper("d:\\caf\xE9\\\x9A\x9C\x9E\xFF.txt"),
+                 QByteArray("D:\\CAF\xC9\\\x8A\x8C\x8E\x9F.TXT"));
+        // The division sign, the sharp s and micro have no capital here.
+        QCOMPARE(Windows1252::toUpper("\xF7\xDF\xB5"), QByteArray("\xF7\xDF\xB5"));
+    }
+
+    void nativeNamesBecomeOneCatalogueLine_data()
+    {
+        QTest::addColumn<QByteArray>("native");
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("ascii") << QByteArray("SETUP.EXE") << QByteArray("SETUP.EXE");
+        QTest::newRow("accents in utf-8") << QByteArray("Caf\xC3\xA9 cr\xC3\xA8me") << QByteArray("Caf\xE9 cr\xE8me");
+        QTest::newRow("line ends and quote") << QByteArray("a\r\nb\"c") << QByteArray("a??b?c");
+        QTest::newRow("outside the code page") << QByteArray("\xE6\x97\xA5.txt") << QByteArray("?.txt");
+        QTest::newRow("not utf-8") << QByteArray("bad\xFF.txt") << QByteArray("bad?.txt");
+    }
+
+    void nativeNamesBecomeOneCatalogueLine()
+    {
+        QFETCH(QByteArray, native);
+        QFETCH(QByteArray, line);
+        QCOMPARE(Windows1252::fromNativeFileName(native), line);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Windows1252)
+#include "tst_windows1252.moc"
