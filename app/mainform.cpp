@@ -1,8 +1,10 @@
 #include "mainform.h"
 
 #include "datadirectory.h"
+#include "extensionsform.h"
 #include "launcher.h"
 #include "pictureloader.h"
+#include "themesform.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -153,10 +155,18 @@ void MainForm::openFolders()
 
 void MainForm::openExtensions()
 {
+    if (!m_extensions)
+        m_extensions = new ExtensionsForm(m_data, m_services.drives, m_services.dialogs, m_services.printer,
+                                          m_services.pictures, m_services.clock, this);
+    showModal(m_extensions);
 }
 
 void MainForm::openThemes()
 {
+    if (!m_themes)
+        m_themes = new ThemesForm(m_data, m_services.dialogs, m_services.printer, m_services.pictures,
+                                  m_services.clock, this);
+    showModal(m_themes);
 }
 
 void MainForm::openDisplaySettings()

@@ -6,6 +6,8 @@
 #include <QPointer>
 
 class DataDirectory;
+class ExtensionsForm;
+class ThemesForm;
 class QLabel;
 class QToolButton;
 
@@ -53,4 +55,6 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<ExtensionsForm> m_extensions;
+    QPointer<ThemesForm> m_themes;
 };

@@ -1,0 +1,311 @@
+#include "extensionsform.h"
+
+#include "datadirectory.h"
+#include "dialogs.h"
+#include "drives.h"
+#include "extensiontable.h"
+#include "listprintout.h"
+#include "textformat.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QFileSystemModel>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStandardItemModel>
+#include <QStringListModel>
+#include <QToolButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialogs &dialogs, Printer &printer,
+                               PictureLoader &pictures, const Clock &clock, QWidget *parent)
+    : Form(parent)
+    , m_data(data)
+    , m_drives(drives)
+    , m_dialogs(dialogs)
+    , m_printer(printer)
+    , m_pictures(pictures)
+    , m_clock(clock)
+    , m_table(QString(), QString())
+{
+    setWindowTitle(QStringLiteral("Kalvex2 Extensions"));
+    setObjectName(QStringLiteral("ExtensionsForm"));
+
+    auto *panes = new QHBoxLayout;
+    panes->addWidget(buildTablePane(), 3);
+    panes->addWidget(buildClassPane(), 2);
+    panes->addWidget(buildProgramPane(), 3);
+
+    m_add = new QPushButton(QStringLiteral("Ajouter"), this);
+    m_add->setObjectName(QStringLiteral("add"));
+    m_remove = new QPushButton(QStringLiteral("Supprimer"), this);
+    m_remove->setObjectName(QStringLiteral("remove"));
+    m_print = makePictureButton(QString(), this, QStringLiteral("Imprimer la liste"));
+    m_print->setObjectName(QStringLiteral("print"));
+    for (QPushButton *button : {m_add, m_remove})
+        button->setAutoDefault(false);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_add);
+    buttons->addWidget(m_remove);
+    buttons->addStretch(1);
+    buttons->addWidget(m_print);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(panes, 1);
+    layout->addLayout(buttons);
+
+    connect(m_add, &QPushButton::clicked, this, &ExtensionsForm::add);
+    connect(m_remove, &QPushButton::clicked, this, &ExtensionsForm::remove);
+    connect(m_print, &QToolButton::clicked, this, &ExtensionsForm::print);
+    resize(960, 560);
+}
+
+ExtensionsForm::~ExtensionsForm() = default;
+
+QWidget *ExtensionsForm::buildTablePane()
+{
+    auto *pane = new QWidget(this);
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+    m_count = makeValueLabel(QStringLiteral("Nombre d'extensions"), pane);
+    m_count->setObjectName(QStringLiteral("count"));
+    m_entries = new QListWidget(pane);
+    m_entries->setObjectName(QStringLiteral("entries"));
+    m_entries->setAccessibleName(QStringLiteral("Extensions"));
+    m_entries->setUniformItemSizes(true);
+    m_entries->setFont(QFont(QStringLiteral("monospace")));
+    m_selectedEntry = makeValueLabel(QStringLiteral("Extension choisie"), pane);
+    m_selectedEntry->setObjectName(QStringLiteral("selectedEntry"));
+    layout->addWidget(m_count);
+    layout->addWidget(m_entries, 1);
+    layout->addWidget(m_selectedEntry);
+    connect(m_entries, &QListWidget::currentRowChanged, this, &ExtensionsForm::chooseEntry);
+    return pane;
+}
+
+QWidget *ExtensionsForm::buildClassPane()
+{
+    auto *pane = new QWidget(this);
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *newRow = new QHBoxLayout;
+    auto *newCaption = new QLabel(QStringLiteral("Nouvelle extension--->"), pane);
+    m_newExtension = new QLineEdit(pane);
+    m_newExtension->setObjectName(QStringLiteral("newExtension"));
+    m_newExtension->setAccessibleName(QStringLiteral("Nouvelle extension"));
+    newCaption->setBuddy(m_newExtension);
+    newRow->addWidget(newCaption);
+    newRow->addWidget(m_newExtension);
+
+    auto *classCaption = new QLabel(QStringLiteral("Classification du fichier"), pane);
+    m_classes = new QListWidget(pane);
+    m_classes->setObjectName(QStringLiteral("classes"));
+    m_classes->setAccessibleName(QStringLiteral("Classification du fichier"));
+    m_classes->addItems(ExtensionTable::classNames());
+    classCaption->setBuddy(m_classes);
+    m_chosenClass = makeValueLabel(QStringLiteral("Classification choisie"), pane);
+    m_chosenClass->setObjectName(QStringLiteral("chosenClass"));
+
+    layout->addLayout(newRow);
+    layout->addSpacing(12);
+    layout->addWidget(classCaption);
+    layout->addWidget(m_classes, 1);
+    layout->addWidget(m_chosenClass);
+    connect(m_classes, &QListWidget::currentRowChanged, this, &ExtensionsForm::chooseClass);
+    return pane;
+}
+
+QWidget *ExtensionsForm::buildProgramPane()
+{
+    auto *pane = new QWidget(this);
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+
+    m_driveChooser = new QComboBox(pane);
+    m_driveChooser->setObjectName(QStringLiteral("drives"));
+    m_driveChooser->setAccessibleName(QStringLiteral("Lecteur"));
+
+    m_directoryModel = new QFileSystemModel(this);
+    m_directoryModel->setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
+    m_directoryTree = new QTreeView(pane);
+    m_directoryTree->setObjectName(QStringLiteral("directories"));
+    m_directoryTree->setAccessibleName(QStringLiteral("Répertoires"));
+    m_directoryTree->setHeaderHidden(true);
+    m_noDirectories = new QStandardItemModel(this);
+    showDirectoryModel(m_directoryModel);
+
+    m_currentDirectory = makeValueLabel(QStringLiteral("Répertoire courant"), pane);
+    m_currentDirectory->setObjectName(QStringLiteral("currentDirectory"));
+    m_currentDirectory->setWordWrap(true);
+
+    m_programModel = new QStringListModel(this);
+    m_programFiles = new QListView(pane);
+    m_programFiles->setObjectName(QStringLiteral("programFiles"));
+    m_programFiles->setAccessibleName(QStringLiteral("Programmes"));
+    m_programFiles->setModel(m_programModel);
+    m_programFiles->setUniformItemSizes(true);
+    m_programFiles->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_programFiles->setToolTip(ExtensionTable::programPattern());
+
+    auto *programCaption = new QLabel(QStringLiteral("Nom du fichier associé:"), pane);
+    m_chosenProgram = makeValueLabel(QStringLiteral("Nom du fichier associé"), pane);
+    m_chosenProgram->setObjectName(QStringLiteral("chosenProgram"));
+    m_chosenProgram->setWordWrap(true);
+
+    layout->addWidget(m_driveChooser);
+    layout->addWidget(m_directoryTree, 3);
+    layout->addWidget(m_currentDirectory);
+    layout->addWidget(m_programFiles, 2);
+    layout->addWidget(programCaption);
+    layout->addWidget(m_chosenProgram);
+
+    connect(m_driveChooser, &QComboBox::currentIndexChanged, this, &ExtensionsForm::chooseDrive);
+    connect(m_programFiles->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) {
+                if (current.isValid())
+                    chooseProgramFile(current.data().toString());
+            });
+    return pane;
+}
+
+void ExtensionsForm::load()
+{
+    move(0, 0);
+    m_data.makeCurrent();
+    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    const QString file = m_data.file(ExtensionTable::fileName());
+    m_table = LineTable(file, file);
+    m_table.load();
+    showTable();
+
+    // Nothing but the file is kept between openings.
+    m_newExtension->clear();
+    m_classes->setCurrentRow(-1);
+    m_classCode = 0;
+    m_chosenClass->clear();
+    m_program.clear();
+    m_chosenProgram->clear();
+
+    // The chooser starts on the data directory, on the drive that holds it.
+    m_driveList = m_drives.drives();
+    {
+        const QSignalBlocker blocker(m_driveChooser);
+        m_driveChooser->clear();
+        for (const Drive &drive : std::as_const(m_driveList))
+            m_driveChooser->addItem(drive.mountPoint.isEmpty() ? drive.name : drive.name + QStringLiteral("  ") + drive.mountPoint);
+        m_driveChooser->setCurrentIndex(int(ExtensionTable::driveHolding(m_driveList, m_data.path())));
+    }
+    chooseDrive(m_driveChooser->currentIndex());
+    const QModelIndex home = m_directoryModel->index(m_data.path());
+    if (home.isValid()) {
+        m_directoryTree->setCurrentIndex(home);
+        m_directoryTree->scrollTo(home);
+    }
+}
+
+void ExtensionsForm::changeEvent(QEvent *event)
+{
+    Form::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        m_newExtension->setFocus(Qt::ActiveWindowFocusReason);
+}
+
+void ExtensionsForm::showTable()
+{
+    const QSignalBlocker blocker(m_entries);
+    m_entries->clear();
+    m_entries->addItems(m_table.lines());
+    m_entries->setCurrentRow(-1);
+    m_count->setText(formatSigned(m_table.count()) + QStringLiteral(" extensions"));
+}
+
+void ExtensionsForm::chooseEntry(int row)
+{
+    if (row >= 0)
+        m_selectedEntry->setText(m_entries->item(row)->text());
+}
+
+void ExtensionsForm::chooseClass(int row)
+{
+    if (row < 0)
+        return;
+    m_classCode = row + 1;
+    m_chosenClass->setText(m_classes->item(row)->text());
+}
+
+void ExtensionsForm::chooseDrive(int index)
+{
+    const QString root = index >= 0 && index < m_driveList.size() ? m_driveList[index].mountPoint : QString();
+    if (root.isEmpty()) {
+        // A drive without a medium: nothing to walk or list.
+        showDirectoryModel(m_noDirectories);
+        chooseDirectory(QString());
+        return;
+    }
+    showDirectoryModel(m_directoryModel);
+    m_directoryTree->setRootIndex(m_directoryModel->setRootPath(root));
+    chooseDirectory(root);
+}
+
+void ExtensionsForm::showDirectoryModel(QAbstractItemModel *model)
+{
+    if (m_directoryTree->model() == model)
+        return;
+    m_directoryTree->setModel(model);
+    for (int column = 1; column < model->columnCount(); ++column)
+        m_directoryTree->hideColumn(column);
+    connect(m_directoryTree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) {
+                if (current.isValid())
+                    chooseDirectory(m_directoryModel->filePath(current));
+            });
+}
+
+void ExtensionsForm::chooseDirectory(const QString &directory)
+{
+    m_directory = directory;
+    m_currentDirectory->setText(directory);
+    m_programModel->setStringList(directory.isEmpty() ? QStringList() : ExtensionTable::programFiles(directory));
+}
+
+void ExtensionsForm::chooseProgramFile(const QString &fileName)
+{
+    m_program = ExtensionTable::programPath(m_directory, fileName);
+    m_chosenProgram->setText(m_program);
+}
+
+void ExtensionsForm::add()
+{
+    const QString refusal = ExtensionTable::refusal(m_newExtension->text(), m_classCode, m_program);
+    if (!refusal.isEmpty()) {
+        m_dialogs.message(refusal);
+        return;
+    }
+    m_newExtension->setText(ExtensionTable::upperCased(m_newExtension->text()));
+    m_table.append(ExtensionTable::entryLine(m_newExtension->text(), m_classCode, m_program));
+    showTable();
+}
+
+void ExtensionsForm::remove()
+{
+    const Answer answer = m_dialogs.question(
+        QStringLiteral("Souhaitez-vous SUPPRIMER cette extension ") + m_selectedEntry->text(),
+        QStringLiteral("Suppression de fichier "), kDemoHelp);
+    if (answer != Answer::Yes)
+        return;
+    m_table.removeAt(m_entries->currentRow());
+    showTable();
+    m_selectedEntry->clear();
+}
+
+void ExtensionsForm::print()
+{
+    printList(m_printer, m_clock, m_table.lines());
+}

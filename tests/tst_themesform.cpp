@@ -1,0 +1,172 @@
+#include "datadirectory.h"
+#include "fakeservices.h"
+#include "testsupport.h"
+#include "themesform.h"
+
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+
+class Driver
+{
+public:
+    Driver(const DataDirectory &data, FakeServices &fakes, Printer &printer)
+        : window(data, fakes.dialogs, printer, fakes.pictures, fakes.clock)
+    {
+        open();
+    }
+
+    void open()
+    {
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+    }
+
+    QString label(const QString &name) { return window.findChild<QLabel *>(name)->text(); }
+    QListWidget *list() { return window.findChild<QListWidget *>(u"themes"_qs); }
+    QStringList themes()
+    {
+        QStringList texts;
+        for (int i = 0; i < list()->count(); ++i)
+            texts.append(list()->item(i)->text());
+        return texts;
+    }
+    void click(const QString &button)
+    {
+        QTest::mouseClick(window.findChild<QAbstractButton *>(button), Qt::LeftButton);
+    }
+    void add(const QString &typed)
+    {
+        // Key by key, with the text each key gives (keyClicks takes only ASCII).
+        for (const QChar character : typed)
+            QTest::sendKeyEvent(QTest::Click, window.findChild<QLineEdit *>(u"newTheme"_qs), Qt::Key_unknown,
+                                QString(character), {});
+        click(u"add"_qs);
+    }
+    void chooseTheme(int row)
+    {
+        QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, list()->visualItemRect(list()->item(row)).center());
+    }
+
+    ThemesForm window;
+};
+
+} // namespace
+
+class tst_ThemesForm : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void opensCentredOnTheAssumedScreen()
+    {
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        Driver driver(data, fakes, fakes.printer);
+        QCOMPARE(driver.window.windowTitle(), u"Kalvex2 Thèmes"_qs);
+        const QSize size = driver.window.frameGeometry().size();
+        QCOMPARE(driver.window.frameGeometry().topLeft(),
+                 QPoint((12500 - size.width() * 15) / 2 / 15, (9000 - size.height() * 15) / 2 / 15));
+        QCOMPARE(driver.label(u"count"_qs), u" 0 thèmes"_qs);
+        QVERIFY(!driver.window.findChild<QToolButton *>(u"print"_qs)->icon().isNull());
+        QStringList captions;
+        for (QLabel *label : driver.window.findChildren<QLabel *>())
+            captions.append(label->text());
+        QVERIFY(captions.contains(u"Nouveau thème --->"_qs));
+    }
+
+    void addsAsTypedLowerCasedWithoutChecks()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        {
+            Driver driver(data, fakes, fakes.printer);
+            driver.add(u"Jeux"_qs);
+            QCOMPARE(driver.window.findChild<QLineEdit *>(u"newTheme"_qs)->text(), QString());
+            driver.add(u"JEUX"_qs);
+            driver.add(QString());
+            driver.add(u"Été, Hiver"_qs);
+            QCOMPARE(driver.themes(), (QStringList{u"jeux"_qs, u"jeux"_qs, QString(), u"été, hiver"_qs}));
+            QCOMPARE(driver.label(u"count"_qs), u" 4 thèmes"_qs);
+            QVERIFY(fakes.dialogs.shown.isEmpty());
+        }
+        // Written under the lower-case name, Windows-1252 with CR LF.
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{u"themes.txt"_qs});
+        QCOMPARE(TestSupport::readFile(dir.filePath(u"themes.txt"_qs)), QByteArray("jeux\r\njeux\r\n\r\n\xE9t\xE9, hiver\r\n"));
+
+        // Read back as comma-separated fields: the theme with a comma comes back as two.
+        Driver reopened(data, fakes, fakes.printer);
+        QCOMPARE(reopened.themes(), (QStringList{u"jeux"_qs, u"jeux"_qs, QString(), u"été"_qs, u"hiver"_qs}));
+        QCOMPARE(reopened.label(u"count"_qs), u" 5 thèmes"_qs);
+    }
+
+    void removalAskedAndDoneOnlyOnYes()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        // Another spelling of the file on disk: read and rewritten as one file.
+        const QString path = dir.filePath(u"THEMES.txt"_qs);
+        TestSupport::writeFile(path, "jeux\r\nmusique\r\nphotos\r\n");
+        Driver driver(data, fakes, fakes.printer);
+        QCOMPARE(driver.label(u"count"_qs), u" 3 thèmes"_qs);
+        driver.chooseTheme(1);
+        QCOMPARE(driver.label(u"selectedTheme"_qs), u"musique"_qs);
+
+        driver.click(u"remove"_qs);
+        QCOMPARE(fakes.dialogs.shown.size(), 1);
+        QCOMPARE(fakes.dialogs.shown[0].kind, u"question"_qs);
+        QCOMPARE(fakes.dialogs.shown[0].text, u"Souhaitez-vous SUPPRIMER ce thème musique"_qs);
+        QCOMPARE(fakes.dialogs.shown[0].title, u"Suppression de fichier "_qs);
+        QCOMPARE(fakes.dialogs.shown[0].help.context, 1000);
+        QCOMPARE(TestSupport::readFile(path), QByteArray("jeux\r\nmusique\r\nphotos\r\n"));
+        QCOMPARE(driver.themes().size(), 3);
+
+        fakes.dialogs.answers = {Answer::Yes, Answer::Yes};
+        driver.click(u"remove"_qs);
+        QCOMPARE(TestSupport::readFile(path), QByteArray("jeux\r\nphotos\r\n"));
+        QCOMPARE(driver.label(u"count"_qs), u" 2 thèmes"_qs);
+        QCOMPARE(driver.label(u"selectedTheme"_qs), QString());
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{u"THEMES.txt"_qs});
+
+        driver.click(u"remove"_qs); // nothing selected: nothing removed
+        QCOMPARE(fakes.dialogs.shown.last().text, u"Souhaitez-vous SUPPRIMER ce thème "_qs);
+        QCOMPARE(TestSupport::readFile(path), QByteArray("jeux\r\nphotos\r\n"));
+    }
+
+    void printsTheThemesInAPdf()
+    {
+        if (!TestSupport::haveProgram(u"pdftotext"_qs))
+            QSKIP("pdftotext (poppler-utils) is not installed");
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        TestSupport::writeFile(dir.filePath(u"themes.txt"_qs), "jeux\r\nmusique\r\n");
+        const QString pdf = dir.filePath(u"themes.pdf"_qs);
+        {
+            FakePrinter printer(pdf);
+            Driver driver(data, fakes, printer);
+            driver.click(u"print"_qs);
+            QCOMPARE(printer.fontFlags, 3);
+        }
+        const QList<TestSupport::PdfWord> words = TestSupport::pdfWords(pdf);
+        QStringList texts;
+        for (const TestSupport::PdfWord &word : words)
+            texts.append(word.text);
+        QCOMPARE(texts, (QStringList{u"03-21-2001"_qs, u"jeux"_qs, u"musique"_qs}));
+        QVERIFY(qAbs(words[1].box.left() - 2000 / 20.0) < 2); // 2000 twips from the left edge
+    }
+};
+
+QTEST_MAIN(tst_ThemesForm)
+#include "tst_themesform.moc"
