@@ -62,6 +62,7 @@ ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialog
     layout->addLayout(buttons);
 
     connect(m_add, &QPushButton::clicked, this, &ExtensionsForm::add);
+    connect(m_newExtension, &QLineEdit::returnPressed, this, &ExtensionsForm::add);
     connect(m_remove, &QPushButton::clicked, this, &ExtensionsForm::remove);
     connect(m_print, &QToolButton::clicked, this, &ExtensionsForm::print);
     resize(960, 560);
@@ -83,6 +84,7 @@ QWidget *ExtensionsForm::buildTablePane()
     m_entries->setFont(QFont(QStringLiteral("monospace")));
     m_selectedEntry = makeValueLabel(QStringLiteral("Extension choisie"), pane);
     m_selectedEntry->setObjectName(QStringLiteral("selectedEntry"));
+    m_selectedEntry->setFont(m_entries->font()); // the line's blanks line up as in the list
     layout->addWidget(m_count);
     layout->addWidget(m_entries, 1);
     layout->addWidget(m_selectedEntry);
@@ -166,6 +168,10 @@ QWidget *ExtensionsForm::buildProgramPane()
     layout->addWidget(programCaption);
     layout->addWidget(m_chosenProgram);
 
+    connect(m_directoryModel, &QFileSystemModel::directoryLoaded, this, [this] {
+        if (m_revealPending && m_directoryTree->currentIndex().isValid())
+            m_directoryTree->scrollTo(m_directoryTree->currentIndex(), QAbstractItemView::PositionAtCenter);
+    });
     connect(m_driveChooser, &QComboBox::currentIndexChanged, this, &ExtensionsForm::chooseDrive);
     connect(m_programFiles->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex &current) {
@@ -207,6 +213,7 @@ void ExtensionsForm::load()
     if (home.isValid()) {
         m_directoryTree->setCurrentIndex(home);
         m_directoryTree->scrollTo(home);
+        m_revealPending = true; // the model lists directories in the background: scroll again as they come
     }
 }
 
@@ -270,6 +277,7 @@ void ExtensionsForm::showDirectoryModel(QAbstractItemModel *model)
 
 void ExtensionsForm::chooseDirectory(const QString &directory)
 {
+    m_revealPending = false;
     m_directory = directory;
     m_currentDirectory->setText(directory);
     m_programModel->setStringList(directory.isEmpty() ? QStringList() : ExtensionTable::programFiles(directory));

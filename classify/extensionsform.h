@@ -66,6 +66,7 @@ private:
     QString m_program;   // empty until a program is chosen
     QString m_directory; // the directory the program files are listed from
     QList<Drive> m_driveList;
+    bool m_revealPending = false; // the data directory is to be scrolled into view
 
     QListWidget *m_entries = nullptr;
     QLabel *m_count = nullptr;

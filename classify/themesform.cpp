@@ -71,6 +71,7 @@ ThemesForm::ThemesForm(const DataDirectory &data, Dialogs &dialogs, Printer &pri
             m_selectedTheme->setText(m_themes->item(row)->text());
     });
     connect(m_add, &QPushButton::clicked, this, &ThemesForm::add);
+    connect(m_newTheme, &QLineEdit::returnPressed, this, &ThemesForm::add);
     connect(m_remove, &QPushButton::clicked, this, &ThemesForm::remove);
     connect(m_print, &QToolButton::clicked, this, &ThemesForm::print);
     resize(420, 400);
@@ -87,6 +88,7 @@ void ThemesForm::load()
     m_table.load();
     showThemes();
     m_selectedTheme->clear();
+    m_newTheme->setFocus();
 }
 
 void ThemesForm::showThemes()
@@ -104,6 +106,7 @@ void ThemesForm::add()
     m_table.append(m_newTheme->text());
     showThemes();
     m_newTheme->clear();
+    m_newTheme->setFocus(); // ready for the next theme
 }
 
 void ThemesForm::remove()

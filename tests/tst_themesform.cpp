@@ -3,6 +3,7 @@
 #include "testsupport.h"
 #include "themesform.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -42,12 +43,16 @@ public:
     {
         QTest::mouseClick(window.findChild<QAbstractButton *>(button), Qt::LeftButton);
     }
-    void add(const QString &typed)
+    QLineEdit *box() { return window.findChild<QLineEdit *>(u"newTheme"_qs); }
+    void type(const QString &typed)
     {
         // Key by key, with the text each key gives (keyClicks takes only ASCII).
         for (const QChar character : typed)
-            QTest::sendKeyEvent(QTest::Click, window.findChild<QLineEdit *>(u"newTheme"_qs), Qt::Key_unknown,
-                                QString(character), {});
+            QTest::sendKeyEvent(QTest::Click, box(), Qt::Key_unknown, QString(character), {});
+    }
+    void add(const QString &typed)
+    {
+        type(typed);
         click(u"add"_qs);
     }
     void chooseTheme(int row)
@@ -93,7 +98,9 @@ private slots:
             Driver driver(data, fakes, fakes.printer);
             driver.add(u"Jeux"_qs);
             QCOMPARE(driver.window.findChild<QLineEdit *>(u"newTheme"_qs)->text(), QString());
-            driver.add(u"JEUX"_qs);
+            QCOMPARE(QApplication::focusWidget(), driver.box());
+            driver.type(u"JEUX"_qs);
+            QTest::keyClick(driver.box(), Qt::Key_Return); // Enter in the box adds too
             driver.add(QString());
             driver.add(u"Été, Hiver"_qs);
             QCOMPARE(driver.themes(), (QStringList{u"jeux"_qs, u"jeux"_qs, QString(), u"été, hiver"_qs}));
