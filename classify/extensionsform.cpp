@@ -4,8 +4,6 @@
 #include "dialogs.h"
 #include "drives.h"
 #include "extensiontable.h"
-#include "listprintout.h"
-#include "textformat.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -17,23 +15,19 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
-#include <QPushButton>
 #include <QStandardItemModel>
 #include <QStringListModel>
-#include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
 ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialogs &dialogs, Printer &printer,
                                PictureLoader &pictures, const Clock &clock, QWidget *parent)
-    : Form(parent)
-    , m_data(data)
+    : LineTableForm(data, dialogs, printer, pictures, clock,
+                    {QStringLiteral(" extensions"), QStringLiteral("Souhaitez-vous SUPPRIMER cette extension "),
+                     QStringLiteral("Extensions"), QStringLiteral("Nombre d'extensions"),
+                     QStringLiteral("Extension choisie")},
+                    parent)
     , m_drives(drives)
-    , m_dialogs(dialogs)
-    , m_printer(printer)
-    , m_pictures(pictures)
-    , m_clock(clock)
-    , m_table(QString(), QString())
 {
     setWindowTitle(QStringLiteral("Kalvex2 Extensions"));
     setObjectName(QStringLiteral("ExtensionsForm"));
@@ -43,28 +37,11 @@ ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialog
     panes->addWidget(buildClassPane(), 2);
     panes->addWidget(buildProgramPane(), 3);
 
-    m_add = new QPushButton(QStringLiteral("Ajouter"), this);
-    m_add->setObjectName(QStringLiteral("add"));
-    m_remove = new QPushButton(QStringLiteral("Supprimer"), this);
-    m_remove->setObjectName(QStringLiteral("remove"));
-    m_print = makePictureButton(QString(), this, QStringLiteral("Imprimer la liste"));
-    m_print->setObjectName(QStringLiteral("print"));
-    for (QPushButton *button : {m_add, m_remove})
-        button->setAutoDefault(false);
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(m_add);
-    buttons->addWidget(m_remove);
-    buttons->addStretch(1);
-    buttons->addWidget(m_print);
-
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(panes, 1);
-    layout->addLayout(buttons);
+    layout->addLayout(makeButtonRow());
 
-    connect(m_add, &QPushButton::clicked, this, &ExtensionsForm::add);
     connect(m_newExtension, &QLineEdit::returnPressed, this, &ExtensionsForm::add);
-    connect(m_remove, &QPushButton::clicked, this, &ExtensionsForm::remove);
-    connect(m_print, &QToolButton::clicked, this, &ExtensionsForm::print);
     resize(960, 560);
 }
 
@@ -75,20 +52,12 @@ QWidget *ExtensionsForm::buildTablePane()
     auto *pane = new QWidget(this);
     auto *layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
-    m_count = makeValueLabel(QStringLiteral("Nombre d'extensions"), pane);
-    m_count->setObjectName(QStringLiteral("count"));
-    m_entries = new QListWidget(pane);
-    m_entries->setObjectName(QStringLiteral("entries"));
-    m_entries->setAccessibleName(QStringLiteral("Extensions"));
-    m_entries->setUniformItemSizes(true);
-    m_entries->setFont(QFont(QStringLiteral("monospace")));
-    m_selectedEntry = makeValueLabel(QStringLiteral("Extension choisie"), pane);
-    m_selectedEntry->setObjectName(QStringLiteral("selectedEntry"));
-    m_selectedEntry->setFont(m_entries->font()); // the line's blanks line up as in the list
+    // Fixed pitch, so the nine blanks of every line line up.
+    m_lines->setFont(QFont(QStringLiteral("monospace")));
+    m_selected->setFont(m_lines->font());
     layout->addWidget(m_count);
-    layout->addWidget(m_entries, 1);
-    layout->addWidget(m_selectedEntry);
-    connect(m_entries, &QListWidget::currentRowChanged, this, &ExtensionsForm::chooseEntry);
+    layout->addWidget(m_lines, 1);
+    layout->addWidget(m_selected);
     return pane;
 }
 
@@ -184,12 +153,7 @@ QWidget *ExtensionsForm::buildProgramPane()
 void ExtensionsForm::load()
 {
     move(0, 0);
-    m_data.makeCurrent();
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
-    const QString file = m_data.file(ExtensionTable::fileName());
-    m_table = LineTable(file, file);
-    m_table.load();
-    showTable();
+    openTable(ExtensionTable::fileName(), ExtensionTable::fileName());
 
     // Nothing but the file is kept between openings.
     m_newExtension->clear();
@@ -222,21 +186,6 @@ void ExtensionsForm::changeEvent(QEvent *event)
     Form::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         m_newExtension->setFocus(Qt::ActiveWindowFocusReason);
-}
-
-void ExtensionsForm::showTable()
-{
-    const QSignalBlocker blocker(m_entries);
-    m_entries->clear();
-    m_entries->addItems(m_table.lines());
-    m_entries->setCurrentRow(-1);
-    m_count->setText(formatSigned(m_table.count()) + QStringLiteral(" extensions"));
-}
-
-void ExtensionsForm::chooseEntry(int row)
-{
-    if (row >= 0)
-        m_selectedEntry->setText(m_entries->item(row)->text());
 }
 
 void ExtensionsForm::chooseClass(int row)
@@ -297,23 +246,5 @@ void ExtensionsForm::add()
         return;
     }
     m_newExtension->setText(ExtensionTable::upperCased(m_newExtension->text()));
-    m_table.append(ExtensionTable::entryLine(m_newExtension->text(), m_classCode, m_program));
-    showTable();
-}
-
-void ExtensionsForm::remove()
-{
-    const Answer answer = m_dialogs.question(
-        QStringLiteral("Souhaitez-vous SUPPRIMER cette extension ") + m_selectedEntry->text(),
-        QStringLiteral("Suppression de fichier "), kDemoHelp);
-    if (answer != Answer::Yes)
-        return;
-    m_table.removeAt(m_entries->currentRow());
-    showTable();
-    m_selectedEntry->clear();
-}
-
-void ExtensionsForm::print()
-{
-    printList(m_printer, m_clock, m_table.lines());
+    appendLine(ExtensionTable::entryLine(m_newExtension->text(), m_classCode, m_program));
 }

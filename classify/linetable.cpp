@@ -1,5 +1,6 @@
 #include "linetable.h"
 
+#include "dialogs.h"
 #include "tablefile.h"
 
 LineTable::LineTable(QString readPath, QString writePath)
@@ -29,4 +30,12 @@ void LineTable::removeAt(qsizetype index)
 void LineTable::save() const
 {
     TableFile::write(m_writePath, m_lines);
+}
+
+bool removeAfterQuestion(LineTable &table, qsizetype index, Dialogs &dialogs, const QString &question)
+{
+    if (dialogs.question(question, QStringLiteral("Suppression de fichier "), kDemoHelp) != Answer::Yes)
+        return false;
+    table.removeAt(index);
+    return true;
 }

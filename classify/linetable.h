@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+class Dialogs;
+
 // A table kept whole in one file (extens.txt, themes.txt): read as comma-separated fields, one
 // line per field, and rewritten whole after every change, so the lines and the file never differ.
 class LineTable
@@ -30,3 +32,8 @@ private:
     QString m_writePath;
     QStringList m_lines;
 };
+
+// Asks `question` in the removal box ("Suppression de fichier ", Yes/No, No the default, help
+// DEMO.HLP context 1000) and, on Yes only, removes the line at `index` from `table`. Returns
+// whether the user answered Yes.
+bool removeAfterQuestion(LineTable &table, qsizetype index, Dialogs &dialogs, const QString &question);

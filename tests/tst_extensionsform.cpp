@@ -62,7 +62,7 @@ public:
     QStringList entries()
     {
         QStringList texts;
-        auto *list = child<QListWidget>(u"entries"_qs);
+        auto *list = child<QListWidget>(u"lines"_qs);
         for (int i = 0; i < list->count(); ++i)
             texts.append(list->item(i)->text());
         return texts;
@@ -74,7 +74,7 @@ public:
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
     }
     void chooseClass(int row) { clickItem(child<QListWidget>(u"classes"_qs), row); }
-    void chooseEntry(int row) { clickItem(child<QListWidget>(u"entries"_qs), row); }
+    void chooseEntry(int row) { clickItem(child<QListWidget>(u"lines"_qs), row); }
     void typeExtension(const QString &text)
     {
         auto *box = child<QLineEdit>(u"newExtension"_qs);
@@ -223,7 +223,7 @@ private slots:
         Driver driver(setup, setup.fakes.printer);
         QCOMPARE(driver.label(u"count"_qs), u" 3 extensions"_qs);
         driver.chooseEntry(1);
-        QCOMPARE(driver.label(u"selectedEntry"_qs), u"TXT         &4C:\\E"_qs);
+        QCOMPARE(driver.label(u"selected"_qs), u"TXT         &4C:\\E"_qs);
 
         driver.click(u"remove"_qs); // the fake answers No
         QCOMPARE(setup.fakes.dialogs.shown.size(), 1);

@@ -31,7 +31,7 @@ public:
     }
 
     QString label(const QString &name) { return window.findChild<QLabel *>(name)->text(); }
-    QListWidget *list() { return window.findChild<QListWidget *>(u"themes"_qs); }
+    QListWidget *list() { return window.findChild<QListWidget *>(u"lines"_qs); }
     QStringList themes()
     {
         QStringList texts;
@@ -128,7 +128,7 @@ private slots:
         Driver driver(data, fakes, fakes.printer);
         QCOMPARE(driver.label(u"count"_qs), u" 3 thèmes"_qs);
         driver.chooseTheme(1);
-        QCOMPARE(driver.label(u"selectedTheme"_qs), u"musique"_qs);
+        QCOMPARE(driver.label(u"selected"_qs), u"musique"_qs);
 
         driver.click(u"remove"_qs);
         QCOMPARE(fakes.dialogs.shown.size(), 1);
@@ -143,7 +143,7 @@ private slots:
         driver.click(u"remove"_qs);
         QCOMPARE(TestSupport::readFile(path), QByteArray("jeux\r\nphotos\r\n"));
         QCOMPARE(driver.label(u"count"_qs), u" 2 thèmes"_qs);
-        QCOMPARE(driver.label(u"selectedTheme"_qs), QString());
+        QCOMPARE(driver.label(u"selected"_qs), QString());
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{u"THEMES.txt"_qs});
 
         driver.click(u"remove"_qs); // nothing selected: nothing removed
