@@ -19,6 +19,7 @@ ThemesForm::ThemesForm(const DataDirectory &data, Dialogs &dialogs, Printer &pri
     setObjectName(QStringLiteral("ThemesForm"));
 
     auto *newCaption = new QLabel(QStringLiteral("Nouveau thème --->"), this);
+    newCaption->setObjectName(QStringLiteral("newThemeCaption"));
     m_newTheme = new QLineEdit(this);
     m_newTheme->setObjectName(QStringLiteral("newTheme"));
     m_newTheme->setAccessibleName(QStringLiteral("Nouveau thème"));

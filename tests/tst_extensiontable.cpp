@@ -1,8 +1,6 @@
 #include "extensiontable.h"
-#include "linetable.h"
 #include "tablefile.h"
 #include "testsupport.h"
-#include "themelist.h"
 
 #include <QDir>
 #include <QFile>
@@ -39,33 +37,6 @@ private slots:
         QCOMPARE(TableFile::encode({line}), bytes);
         // "&" in column 11, 12 or 13 (from 1): the blanks are a fixed run, not a column.
         QCOMPARE(line.indexOf(u'&') + 1, 10 + extension.size());
-    }
-
-    void refusalsInTheirOrder_data()
-    {
-        QTest::addColumn<QString>("extension");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("message");
-        const QString noProgram = u"Vous devez associer un logiciel à chaque nouvelle extension !"_qs;
-        QTest::newRow("nothing given: program first") << QString() << 0 << QString() << noProgram;
-        QTest::newRow("too long but no program") << u"jpeg"_qs << 1 << QString() << noProgram;
-        QTest::newRow("no class") << QString() << 0 << u"C:\\V"_qs
-                                  << u"Vous devez choisir une classification du fichier !"_qs;
-        QTest::newRow("no extension") << QString() << 3 << u"C:\\V"_qs
-                                      << u"Vous n'avez pas donné de nom à l'extension !"_qs;
-        QTest::newRow("four letters") << u"jpeg"_qs << 1 << u"C:\\V"_qs << u"Nom trop long (3 caractères maxi)"_qs;
-        QTest::newRow("three letters pass") << u"jpg"_qs << 1 << u"C:\\V"_qs << QString();
-        QTest::newRow("anything short passes") << u". ,"_qs << 9 << u"C:\\V"_qs << QString();
-    }
-
-    void refusalsInTheirOrder()
-    {
-        QFETCH(QString, extension);
-        QFETCH(int, code);
-        QFETCH(QString, program);
-        QFETCH(QString, message);
-        QCOMPARE(ExtensionTable::refusal(extension, code, program), message);
     }
 
     void programPathJoinsOnceAndDropsProgramExtensions_data()
@@ -115,30 +86,6 @@ private slots:
         QCOMPARE(ExtensionTable::driveHolding({}, u"/home"_qs), -1);
     }
 
-    void tableRewrittenWholeAfterEveryChange()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(u"extens.txt"_qs);
-        LineTable table(path, path);
-        table.load();
-        QCOMPARE(table.count(), 0); // a missing file is an empty table
-        table.removeAt(-1);         // nothing selected: the file is written as it stands
-        QCOMPARE(TestSupport::readFile(path), QByteArray());
-
-        table.append(u"TXT         &4C:\\PROG, V2\\EDIT"_qs);
-        table.append(u"GIF         &1C:\\V"_qs);
-        QCOMPARE(TestSupport::readFile(path), QByteArray("TXT         &4C:\\PROG, V2\\EDIT\r\nGIF         &1C:\\V\r\n"));
-        table.removeAt(5);
-        QCOMPARE(table.count(), 2);
-
-        // Read back, a comma splits a line into two items.
-        LineTable reread(path, path);
-        reread.load();
-        QCOMPARE(reread.lines(), (QStringList{u"TXT         &4C:\\PROG"_qs, u"V2\\EDIT"_qs, u"GIF         &1C:\\V"_qs}));
-        reread.removeAt(1);
-        QCOMPARE(TestSupport::readFile(path), QByteArray("TXT         &4C:\\PROG\r\nGIF         &1C:\\V\r\n"));
-    }
-
     void starterTableHoldsEveryClassWithTheDesktopOpener()
     {
         const QString starter = QStringLiteral(KALVEX_STARTER_TABLE);
@@ -153,16 +100,6 @@ private slots:
         QCOMPARE(TestSupport::readFile(starter), TableFile::encode(lines));
         // Staging put it beside the program, where a first start finds it.
         QVERIFY(QFile::exists(QDir(TestSupport::programDirectory()).filePath(u"extens.txt"_qs)));
-    }
-
-    void themeLinesAndWindowPlace()
-    {
-        QCOMPARE(ThemeList::themeLine(u"Jeux DE Rôle, ÉTÉ"_qs), u"jeux de rôle, été"_qs);
-        QCOMPARE(ThemeList::themeLine(QString()), QString());
-        // 420 x 400 pixels are 6300 x 6000 twips: left (12500 - 6300) / 2, top (9000 - 6000) / 2.
-        QCOMPARE(ThemeList::windowPosition(QSize(420, 400)), QPoint(3100 / 15, 1500 / 15));
-        // Larger than the assumed screen: the window starts left of and above it.
-        QCOMPARE(ThemeList::windowPosition(QSize(1000, 700)), QPoint(-1250 / 15, -750 / 15));
     }
 };
 

@@ -70,25 +70,6 @@ class tst_ThemesForm : public QObject
     Q_OBJECT
 
 private slots:
-    void opensCentredOnTheAssumedScreen()
-    {
-        QTemporaryDir dir;
-        TestSupport::copyProgramFiles(dir.path());
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        Driver driver(data, fakes, fakes.printer);
-        QCOMPARE(driver.window.windowTitle(), u"Kalvex2 Thèmes"_qs);
-        const QSize size = driver.window.frameGeometry().size();
-        QCOMPARE(driver.window.frameGeometry().topLeft(),
-                 QPoint((12500 - size.width() * 15) / 2 / 15, (9000 - size.height() * 15) / 2 / 15));
-        QCOMPARE(driver.label(u"count"_qs), u" 0 thèmes"_qs);
-        QVERIFY(!driver.window.findChild<QToolButton *>(u"print"_qs)->icon().isNull());
-        QStringList captions;
-        for (QLabel *label : driver.window.findChildren<QLabel *>())
-            captions.append(label->text());
-        QVERIFY(captions.contains(u"Nouveau thème --->"_qs));
-    }
-
     void addsAsTypedLowerCasedWithoutChecks()
     {
         QTemporaryDir dir;
@@ -117,15 +98,23 @@ private slots:
         QCOMPARE(reopened.label(u"count"_qs), u" 5 thèmes"_qs);
     }
 
-    void removalAskedAndDoneOnlyOnYes()
+    void opensCentredAndRemovesOnlyOnYes()
     {
         QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
         FakeServices fakes;
         const DataDirectory data(dir.path());
         // Another spelling of the file on disk: read and rewritten as one file.
         const QString path = dir.filePath(u"THEMES.txt"_qs);
         TestSupport::writeFile(path, "jeux\r\nmusique\r\nphotos\r\n");
         Driver driver(data, fakes, fakes.printer);
+        QCOMPARE(driver.window.windowTitle(), u"Kalvex2 Thèmes"_qs);
+        // Centred on an assumed 12500 x 9000 twips screen, 15 twips a pixel.
+        const QRect frame = driver.window.frameGeometry();
+        QCOMPARE(frame.topLeft(), QPoint((12500 - frame.width() * 15) / 2 / 15, (9000 - frame.height() * 15) / 2 / 15));
+        QVERIFY(!driver.window.findChild<QToolButton *>(u"print"_qs)->icon().isNull());
+        QCOMPARE(driver.window.findChild<QLineEdit *>(u"newTheme"_qs)->accessibleName(), u"Nouveau thème"_qs);
+        QCOMPARE(driver.label(u"newThemeCaption"_qs), u"Nouveau thème --->"_qs);
         QCOMPARE(driver.label(u"count"_qs), u" 3 thèmes"_qs);
         driver.chooseTheme(1);
         QCOMPARE(driver.label(u"selected"_qs), u"musique"_qs);
@@ -144,7 +133,7 @@ private slots:
         QCOMPARE(TestSupport::readFile(path), QByteArray("jeux\r\nphotos\r\n"));
         QCOMPARE(driver.label(u"count"_qs), u" 2 thèmes"_qs);
         QCOMPARE(driver.label(u"selected"_qs), QString());
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{u"THEMES.txt"_qs});
+        QCOMPARE(QDir(dir.path()).entryList({u"*.txt"_qs}, QDir::Files), QStringList{u"THEMES.txt"_qs});
 
         driver.click(u"remove"_qs); // nothing selected: nothing removed
         QCOMPARE(fakes.dialogs.shown.last().text, u"Souhaitez-vous SUPPRIMER ce thème "_qs);
