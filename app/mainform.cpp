@@ -41,6 +41,8 @@ MainForm::MainForm(const DataDirectory &data, const PlatformServices &services, 
     setCentralWidget(central);
 
     buildMenus();
+    // Wide enough for every command of the menu bar to show.
+    setMinimumWidth(menuBar()->sizeHint().width() + 24);
     startUp();
 }
 
