@@ -26,6 +26,14 @@ QList<QByteArray> results(const FileFinder &finder)
     return out;
 }
 
+// A whole walk of drive d:, as the creation window asks for it.
+void search(FileFinder &finder)
+{
+    finder.setChemin(u"d:"_qs);
+    finder.setCriteres(u"*.*"_qs);
+    finder.Rechercher();
+}
+
 FakeDrives cdAt(const QString &mountPoint)
 {
     FakeDrives drives;
@@ -80,9 +88,7 @@ private slots:
         lister.set("/media/cd/SUB/", {{"B.TXT"}, {"DEEP", true}});
         lister.set("/media/cd/SUB/DEEP/", {{"C.TXT"}});
         FileFinder finder(drives, lister);
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         QCOMPARE(results(finder),
                  (QList<QByteArray>{"d:\\A.TXT", "d:\\SUB", "d:\\Z.TXT", "d:\\SUB\\.", "d:\\SUB\\..",
                                     "d:\\SUB\\B.TXT", "d:\\SUB\\DEEP", "d:\\SUB\\DEEP\\.", "d:\\SUB\\DEEP\\..",
@@ -142,9 +148,7 @@ private slots:
         lister.set("/cd/", {{"BAD", true}, {"GOOD", true}});
         lister.set("/cd/GOOD/", {{"X"}});
         FileFinder finder(drives, lister);
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         QCOMPARE(results(finder), (QList<QByteArray>{"d:\\BAD", "d:\\GOOD", "d:\\GOOD\\.", "d:\\GOOD\\..",
                                                      "d:\\GOOD\\X"}));
     }
@@ -161,9 +165,7 @@ private slots:
             if (path == "/cd/SUB/")
                 finder.Annuler();
         };
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         QCOMPARE(results(finder), (QList<QByteArray>{"d:\\A", "d:\\SUB"}));
         QVERIFY(!lister.listed.contains("/cd/SUB/DEEP/"));
         QVERIFY(!finder.State());
@@ -182,9 +184,7 @@ private slots:
         FakeDirectoryLister lister;
         lister.set("/cd/", {{"ONE"}, {"TWO"}, {"THREE"}});
         FileFinder finder(drives, lister);
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         QCOMPARE(finder.count(), 3);
         lister.set("/cd/", {{"NEW"}});
         finder.Rechercher();
@@ -221,9 +221,7 @@ private slots:
         lister.set("/cd/", many + QList<Item>{{"SUB", true}});
         lister.set("/cd/SUB/", many);
         FileFinder finder(drives, lister);
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         QCOMPARE(finder.NbFichiers(), u"32767"_qs);
         QVERIFY(!finder.State());
         QCOMPARE(finder.Lire_Fichiers(1), QByteArray("d:\\F0"));
@@ -297,9 +295,7 @@ private slots:
         RemovingLister lister;
         lister.toRemove = QFile::encodeName(root.filePath(u"Gone"_qs));
         FileFinder finder(drives, lister);
-        finder.setChemin(u"d:"_qs);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
+        search(finder);
         ::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0755);
 
         QList<QByteArray> expected = {"d:\\Gone", "d:\\JEUX", "d:\\Locked", "d:\\\xE9t\xE9 2001.txt",

@@ -1,6 +1,5 @@
 // The capture benchmark's program:
 //   capture_bench generate TREE [ENTRIES]  makes a tree whose walk records exactly ENTRIES lines
-//   capture_bench walk TREE FOLDER         walks TREE as drive d: and writes FOLDER/BENCH.lst
 //   capture_bench window TREE DATADIR RUNS times the creation window's scan against the bare walk
 #include "archivefile.h"
 #include "createarchiveform.h"
@@ -8,7 +7,7 @@
 #include "dialogs.h"
 #include "drives.h"
 #include "filefinder.h"
-#include "linuxdirectorylister.h"
+#include "treewalk.h"
 #include "qtpictureloader.h"
 #include "qtprinter.h"
 #include "systemclock.h"
@@ -29,24 +28,6 @@
 #include <vector>
 
 namespace {
-
-// The tree as drive d:, beside the system disk.
-class TreeDrives final : public Drives
-{
-public:
-    explicit TreeDrives(QString root)
-        : m_root(std::move(root))
-    {
-    }
-    QList<Drive> drives() override
-    {
-        return {{QStringLiteral("c:"), DriveType::Fixed, QStringLiteral("/")},
-                {QStringLiteral("d:"), DriveType::CdRom, m_root}};
-    }
-
-private:
-    QString m_root;
-};
 
 // The scan shows no box; a beep is no work worth timing.
 class SilentDialogs final : public Dialogs
@@ -101,23 +82,6 @@ int generate(const QString &root, int entries)
     return left == 0 ? 0 : 1;
 }
 
-int walk(const QString &tree, const QString &folder)
-{
-    TreeDrives drives(tree);
-    LinuxDirectoryLister lister;
-    FileFinder finder(drives, lister);
-    finder.setChemin(QStringLiteral("d:"));
-    finder.setCriteres(QStringLiteral("*.*"));
-    finder.Rechercher();
-    QList<QByteArray> entries;
-    entries.reserve(finder.count());
-    for (int i = 1; i <= finder.count(); ++i)
-        entries.append(finder.Lire_Fichiers(i));
-    ArchiveFile::write(folder, QStringLiteral("BENCH"), entries);
-    std::printf("%d entries\n", finder.count());
-    return 0;
-}
-
 double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
@@ -151,7 +115,7 @@ int window(const QString &tree, const QString &dataPath, int runs)
     for (int run = 0; run < runs; ++run) {
         QElapsedTimer timer;
         timer.start();
-        walk(tree, folder);
+        walkTree(tree, folder);
         bare.push_back(timer.nsecsElapsed() / 1e6);
 
         QEventLoop loop;
@@ -193,13 +157,10 @@ int main(int argc, char **argv)
     }();
     if (args.size() >= 2 && args[0] == QLatin1String("generate"))
         return generate(args[1], args.size() > 2 ? args[2].toInt() : FileFinder::kMaxEntries);
-    if (args.size() == 3 && args[0] == QLatin1String("walk"))
-        return walk(args[1], args[2]);
     if (args.size() >= 3 && args[0] == QLatin1String("window")) {
         QApplication app(argc, argv);
         return window(args[1], args[2], args.size() > 3 ? args[3].toInt() : 15);
     }
-    std::fprintf(stderr, "usage: capture_bench generate TREE [ENTRIES] | walk TREE FOLDER | "
-                         "window TREE DATADIR [RUNS]\n");
+    std::fprintf(stderr, "usage: capture_bench generate TREE [ENTRIES] | window TREE DATADIR [RUNS]\n");
     return 2;
 }

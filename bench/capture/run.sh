@@ -15,7 +15,7 @@ echo "tree: $(find "$work/tree" | wc -l) paths, $(find "$work/tree" -type d | wc
 
 hyperfine --warmup 3 --runs "$runs" --export-json "$work/walk.json" \
     -n find "find '$work/tree' -fprint '$work/out/find.txt'" \
-    -n FileFinder "'$bench' walk '$work/tree' '$work/out'"
+    -n FileFinder "'$build/bench/capture_walk' '$work/tree' '$work/out'"
 jq -r '.results as $r | "FileFinder / find (medians): \($r[1].median / $r[0].median * 1000 | round / 1000)"' \
     "$work/walk.json"
 
