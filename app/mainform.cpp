@@ -1,5 +1,6 @@
 #include "mainform.h"
 
+#include "createarchiveform.h"
 #include "datadirectory.h"
 #include "launcher.h"
 #include "pictureloader.h"
@@ -135,6 +136,11 @@ void MainForm::showModal(QWidget *window)
 
 void MainForm::openCreateArchive()
 {
+    if (!m_createArchive)
+        m_createArchive = new CreateArchiveForm(m_data, m_services.drives, m_services.directoryLister,
+                                                m_services.dialogs, m_services.printer, m_services.pictures,
+                                                m_services.clock, this);
+    showModal(m_createArchive);
 }
 
 void MainForm::openArchiveList()

@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class CreateArchiveForm;
 class DataDirectory;
 class QLabel;
 class QToolButton;
@@ -53,4 +54,5 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<CreateArchiveForm> m_createArchive;
 };
