@@ -6,6 +6,7 @@
 
 #include <QFile>
 
+#include <cstring>
 #include <vector>
 
 FileFinder::FileFinder(Drives &drives, DirectoryLister &lister)
@@ -111,10 +112,10 @@ bool FileFinder::record(const QByteArray &archivePath, const QByteArray &name)
     auto &chunk = m_chunks[count / kChunkSize];
     if (!chunk)
         chunk = std::make_unique<Chunk>();
-    QByteArray &slot = (*chunk)[count % kChunkSize];
-    slot.clear();
-    slot.reserve(archivePath.size() + cut.size());
-    slot.append(archivePath).append(cut);
+    QByteArray path(archivePath.size() + cut.size(), Qt::Uninitialized);
+    std::memcpy(path.data(), archivePath.constData(), size_t(archivePath.size()));
+    std::memcpy(path.data() + archivePath.size(), cut.data(), size_t(cut.size()));
+    (*chunk)[count % kChunkSize] = std::move(path);
     m_count.store(count + 1, std::memory_order_release);
     return true;
 }
