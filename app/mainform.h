@@ -5,11 +5,12 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class CreateArchiveForm;
 class DataDirectory;
 class ExtensionsForm;
-class ThemesForm;
 class QLabel;
 class QToolButton;
+class ThemesForm;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -55,6 +56,7 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<CreateArchiveForm> m_createArchive;
     QPointer<ExtensionsForm> m_extensions;
     QPointer<ThemesForm> m_themes;
 };

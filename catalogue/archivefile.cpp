@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QSaveFile>
 
+#include <cstring>
+
 namespace ArchiveFile {
 
 QByteArray encode(const QList<QByteArray> &entries)
@@ -12,12 +14,14 @@ QByteArray encode(const QList<QByteArray> &entries)
     qsizetype size = 0;
     for (const QByteArray &entry : entries)
         size += entry.size() + 4;
-    QByteArray out;
-    out.reserve(size);
+    QByteArray out(size, Qt::Uninitialized);
+    char *next = out.data();
     for (const QByteArray &entry : entries) {
-        out.append('"');
-        out.append(entry);
-        out.append("\"\r\n");
+        *next++ = '"';
+        std::memcpy(next, entry.constData(), size_t(entry.size()));
+        next += entry.size();
+        std::memcpy(next, "\"\r\n", 3);
+        next += 3;
     }
     return out;
 }

@@ -1,6 +1,5 @@
 #include "windows1252.h"
 
-#include <QFile>
 #include <array>
 
 namespace {
@@ -49,14 +48,15 @@ namespace Windows1252 {
 
 QByteArray encode(QStringView text)
 {
-    QByteArray out;
-    out.reserve(text.size());
+    QByteArray out(text.size(), Qt::Uninitialized);
+    char *next = out.data(); // written byte by byte without a check per byte
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         if (c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
             ++i; // one character outside the code page, one substitute
-        out.append(encodeOne(c.unicode()));
+        *next++ = encodeOne(c.unicode());
     }
+    out.truncate(next - out.constData());
     return out;
 }
 
@@ -88,19 +88,43 @@ QByteArray toUpper(QByteArrayView bytes)
 
 QByteArray fromNativeFileName(QByteArrayView nativeName)
 {
-    bool ascii = true;
-    for (char c : nativeName) {
-        if (static_cast<unsigned char>(c) >= 0x80) {
-            ascii = false;
-            break;
+    // File names are UTF-8 here. They are decoded straight into the code page, without a QString
+    // on the way: a medium has tens of thousands of names. Each malformed byte gives one '?'.
+    const auto *in = reinterpret_cast<const unsigned char *>(nativeName.data());
+    const qsizetype size = nativeName.size();
+    QByteArray out(size, Qt::Uninitialized);
+    char *next = out.data();
+    for (qsizetype i = 0; i < size;) {
+        const unsigned char lead = in[i];
+        char32_t code = lead;
+        int length = 1;
+        if (lead >= 0x80) {
+            length = lead >= 0xF0 && lead <= 0xF4 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 && lead <= 0xDF ? 2 : 0;
+            if (length == 0 || i + length > size) {
+                length = 1;
+                code = 0xFFFD;
+            } else {
+                code = lead & (0x7F >> length);
+                for (int k = 1; k < length; ++k) {
+                    if ((in[i + k] & 0xC0) != 0x80) {
+                        code = 0xFFFD;
+                        length = 1;
+                        break;
+                    }
+                    code = (code << 6) | (in[i + k] & 0x3F);
+                }
+                const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+                if (overlong || (code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF) {
+                    code = 0xFFFD;
+                    length = 1;
+                }
+            }
         }
+        const char byte = code > 0xFFFF ? '?' : encodeOne(char16_t(code));
+        *next++ = (byte == '\r' || byte == '\n' || byte == '"') ? '?' : byte;
+        i += length;
     }
-    QByteArray out = ascii ? nativeName.toByteArray()
-                           : encode(QFile::decodeName(nativeName.toByteArray()));
-    for (char &c : out) {
-        if (c == '\r' || c == '\n' || c == '"')
-            c = '?';
-    }
+    out.truncate(next - out.constData());
     return out;
 }
 

@@ -1,5 +1,6 @@
 #include "windows1252.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 class tst_Windows1252 : public QObject
@@ -40,6 +41,11 @@ private slots:
         QTest::newRow("line ends and quote") << QByteArray("a\r\nb\"c") << QByteArray("a??b?c");
         QTest::newRow("outside the code page") << QByteArray("\xE6\x97\xA5.txt") << QByteArray("?.txt");
         QTest::newRow("not utf-8") << QByteArray("bad\xFF.txt") << QByteArray("bad?.txt");
+        QTest::newRow("cut sequence") << QByteArray("a\xC3") << QByteArray("a?");
+        QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << QByteArray("??");
+        QTest::newRow("encoded surrogate") << QByteArray("\xED\xA0\x80x") << QByteArray("???x");
+        QTest::newRow("four bytes") << QByteArray("\xF0\x9F\x98\x80!") << QByteArray("?!");
+        QTest::newRow("euro and oe") << QByteArray("\xE2\x82\xAC\xC5\x93") << QByteArray("\x80\x9C");
     }
 
     void nativeNamesBecomeOneCatalogueLine()
@@ -47,6 +53,25 @@ private slots:
         QFETCH(QByteArray, native);
         QFETCH(QByteArray, line);
         QCOMPARE(Windows1252::fromNativeFileName(native), line);
+    }
+
+    void validUtf8AgreesWithQtDecoding()
+    {
+        QRandomGenerator random(1234);
+        const char32_t ranges[][2] = {{0x20, 0x7E}, {0xA0, 0xFF}, {0x100, 0x17F}, {0x2000, 0x206F},
+                                      {0x4E00, 0x4E80}, {0x1F600, 0x1F64F}};
+        for (int round = 0; round < 2000; ++round) {
+            QString name;
+            const int length = 1 + int(random.bounded(12));
+            for (int i = 0; i < length; ++i) {
+                const auto &range = ranges[random.bounded(int(std::size(ranges)))];
+                const char32_t code = range[0] + char32_t(random.bounded(int(range[1] - range[0] + 1)));
+                name += QString::fromUcs4(&code, 1);
+            }
+            QByteArray expected = Windows1252::encode(name);
+            expected.replace('"', '?');
+            QCOMPARE(Windows1252::fromNativeFileName(name.toUtf8()), expected);
+        }
     }
 };
 
