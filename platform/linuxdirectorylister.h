@@ -10,4 +10,5 @@ class LinuxDirectoryLister final : public DirectoryLister
 public:
     bool list(const QByteArray &nativePath, bool isRoot,
               std::vector<DirectoryEntry> &entries) override;
+    bool canListConcurrently() const override { return true; } // keeps no state
 };
