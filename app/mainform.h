@@ -5,7 +5,9 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class ArchiveListForm;
 class DataDirectory;
+class FoldersForm;
 class QLabel;
 class QToolButton;
 
@@ -53,4 +55,6 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<ArchiveListForm> m_archiveList;
+    QPointer<FoldersForm> m_folders;
 };

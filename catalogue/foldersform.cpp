@@ -1,0 +1,134 @@
+#include "foldersform.h"
+
+#include "archivefolders.h"
+#include "datadirectory.h"
+#include "dialogs.h"
+#include "listprintout.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QToolButton>
+
+FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
+                         const Clock &clock, QWidget *parent)
+    : Form(parent)
+    , m_data(data)
+    , m_dialogs(dialogs)
+    , m_printer(printer)
+    , m_pictures(pictures)
+    , m_clock(clock)
+{
+    setObjectName(QStringLiteral("FoldersForm"));
+    setWindowTitle(ArchiveFolders::kTitle);
+
+    m_folders = new QListWidget(this);
+    m_folders->setObjectName(QStringLiteral("folders"));
+    m_folders->setAccessibleName(QStringLiteral("Dossiers d'archivage"));
+    m_folders->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_folders->setUniformItemSizes(true);
+
+    m_count = makeValueLabel(QStringLiteral("Nombre de dossiers"), this);
+    m_count->setObjectName(QStringLiteral("count"));
+    m_selectedFolder = makeValueLabel(QStringLiteral("Dossier sélectionné"), this);
+    m_selectedFolder->setObjectName(QStringLiteral("selectedFolder"));
+
+    auto *caption = new QLabel(ArchiveFolders::kNewFolderCaption, this);
+    m_name = new QLineEdit(this);
+    m_name->setObjectName(QStringLiteral("name"));
+    m_name->setAccessibleName(QStringLiteral("Nouveau dossier"));
+    caption->setBuddy(m_name);
+
+    m_add = new QPushButton(QStringLiteral("Ajouter"), this);
+    m_add->setObjectName(QStringLiteral("add"));
+    m_add->setDefault(true); // Enter in the name field adds the folder
+    m_remove = new QPushButton(QStringLiteral("Supprimer"), this);
+    m_remove->setObjectName(QStringLiteral("remove"));
+    m_remove->setAutoDefault(false);
+    for (QPushButton *button : {m_add, m_remove})
+        button->setAccessibleName(button->text());
+    m_print = makePictureButton(QString(), this, QStringLiteral("Imprimer"));
+    m_print->setObjectName(QStringLiteral("print"));
+    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+
+    auto *layout = new QGridLayout(this);
+    layout->addWidget(m_folders, 0, 0, 4, 1);
+    layout->addWidget(m_count, 0, 1, 1, 2);
+    layout->addWidget(m_selectedFolder, 1, 1, 1, 2);
+    layout->addWidget(caption, 2, 1);
+    layout->addWidget(m_name, 2, 2);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_add);
+    buttons->addWidget(m_remove);
+    buttons->addStretch(1);
+    buttons->addWidget(m_print);
+    layout->addLayout(buttons, 3, 1, 1, 2, Qt::AlignBottom);
+    layout->setColumnStretch(0, 1);
+    resize(520, 320);
+
+    connect(m_folders, &QListWidget::itemSelectionChanged, this, &FoldersForm::folderClicked);
+    connect(m_add, &QPushButton::clicked, this, &FoldersForm::addFolder);
+    connect(m_remove, &QPushButton::clicked, this, &FoldersForm::removeFolder);
+    connect(m_print, &QToolButton::clicked, this, &FoldersForm::print);
+}
+
+void FoldersForm::load()
+{
+    m_data.makeCurrent();
+    m_selectedFolder->clear();
+    m_name->clear();
+    refill(ArchiveFolders::kCountAfterOpening);
+    m_name->setFocus();
+}
+
+void FoldersForm::folderClicked()
+{
+    const QList<QListWidgetItem *> selected = m_folders->selectedItems();
+    if (!selected.isEmpty())
+        m_selectedFolder->setText(selected.first()->text());
+}
+
+void FoldersForm::refill(const QString &countText)
+{
+    const QSignalBlocker blocker(m_folders);
+    m_folders->clear();
+    m_folders->addItems(m_data.archiveFolders());
+    m_count->setText(ArchiveFolders::countLabel(m_folders->count(), countText));
+}
+
+void FoldersForm::afterChange()
+{
+    refill(ArchiveFolders::kCountAfterChange);
+    m_name->clear();
+    m_selectedFolder->clear();
+}
+
+void FoldersForm::addFolder()
+{
+    // The field shows the name as it is created: folder names are lower case.
+    m_name->setText(m_name->text().toLower());
+    ArchiveFolders::add(m_data, m_name->text());
+    afterChange();
+}
+
+void FoldersForm::removeFolder()
+{
+    const QString selected = m_selectedFolder->text();
+    if (m_dialogs.question(ArchiveFolders::removalQuestion(selected), ArchiveFolders::kRemoveTitle, kDemoHelp)
+        == Answer::No)
+        return;
+    ArchiveFolders::remove(m_data, selected);
+    afterChange();
+}
+
+void FoldersForm::print()
+{
+    QStringList names;
+    for (int row = 0; row < m_folders->count(); ++row)
+        names.append(m_folders->item(row)->text());
+    printList(m_printer, m_clock, names);
+}
