@@ -45,8 +45,10 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
     m_index->setObjectName(QStringLiteral("index"));
     m_count = makeValueLabel(QStringLiteral("Nombre de fichiers d'archives"), this);
     m_count->setObjectName(QStringLiteral("count"));
-    for (QLabel *label : {m_currentFolder, m_selectedFile})
+    for (QLabel *label : {m_currentFolder, m_selectedFile, m_index}) {
         label->setWordWrap(true);
+        label->setMinimumHeight(label->fontMetrics().height()); // no jump when emptied
+    }
 
     m_delete = new QPushButton(QStringLiteral("Supprimer"), this);
     m_delete->setObjectName(QStringLiteral("delete"));

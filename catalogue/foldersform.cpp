@@ -5,7 +5,6 @@
 #include "dialogs.h"
 #include "listprintout.h"
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +12,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
                          const Clock &clock, QWidget *parent)
@@ -36,6 +36,7 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
     m_count->setObjectName(QStringLiteral("count"));
     m_selectedFolder = makeValueLabel(QStringLiteral("Dossier sélectionné"), this);
     m_selectedFolder->setObjectName(QStringLiteral("selectedFolder"));
+    m_selectedFolder->setMinimumHeight(m_selectedFolder->fontMetrics().height()); // no jump when emptied
 
     auto *caption = new QLabel(ArchiveFolders::kNewFolderCaption, this);
     m_name = new QLineEdit(this);
@@ -55,20 +56,24 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
     m_print->setObjectName(QStringLiteral("print"));
     loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
 
-    auto *layout = new QGridLayout(this);
-    layout->addWidget(m_folders, 0, 0, 4, 1);
-    layout->addWidget(m_count, 0, 1, 1, 2);
-    layout->addWidget(m_selectedFolder, 1, 1, 1, 2);
-    layout->addWidget(caption, 2, 1);
-    layout->addWidget(m_name, 2, 2);
+    auto *nameRow = new QHBoxLayout;
+    nameRow->addWidget(caption);
+    nameRow->addWidget(m_name, 1);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_add);
     buttons->addWidget(m_remove);
     buttons->addStretch(1);
     buttons->addWidget(m_print);
-    layout->addLayout(buttons, 3, 1, 1, 2, Qt::AlignBottom);
-    layout->setColumnStretch(0, 1);
-    resize(520, 320);
+    auto *side = new QVBoxLayout;
+    side->addWidget(m_count);
+    side->addWidget(m_selectedFolder);
+    side->addLayout(nameRow);
+    side->addStretch(1);
+    side->addLayout(buttons);
+    auto *layout = new QHBoxLayout(this);
+    layout->addWidget(m_folders, 1);
+    layout->addLayout(side, 1);
+    resize(560, 320);
 
     connect(m_folders, &QListWidget::itemSelectionChanged, this, &FoldersForm::folderClicked);
     connect(m_add, &QPushButton::clicked, this, &FoldersForm::addFolder);
