@@ -4,7 +4,6 @@
 #include "archivelist.h"
 #include "datadirectory.h"
 #include "dialogs.h"
-#include "listprintout.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -16,26 +15,13 @@
 
 ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Printer &printer,
                                  PictureLoader &pictures, const Clock &clock, QWidget *parent)
-    : Form(parent)
-    , m_data(data)
-    , m_dialogs(dialogs)
-    , m_printer(printer)
-    , m_pictures(pictures)
-    , m_clock(clock)
+    : MaintenanceForm(data, dialogs, printer, pictures, clock, parent)
 {
     setObjectName(QStringLiteral("ArchiveListForm"));
     setWindowTitle(ArchiveList::kTitle);
 
-    m_folders = new QListWidget(this);
-    m_folders->setObjectName(QStringLiteral("folders"));
-    m_folders->setAccessibleName(QStringLiteral("Dossiers d'archivage"));
-    m_archives = new QListWidget(this);
-    m_archives->setObjectName(QStringLiteral("archives"));
-    m_archives->setAccessibleName(QStringLiteral("Fichiers d'archives"));
-    for (QListWidget *list : {m_folders, m_archives}) {
-        list->setSelectionMode(QAbstractItemView::SingleSelection);
-        list->setUniformItemSizes(true);
-    }
+    m_folders = makeList(QStringLiteral("folders"), QStringLiteral("Dossiers d'archivage"));
+    m_archives = makeList(QStringLiteral("archives"), QStringLiteral("Fichiers d'archives"));
 
     m_currentFolder = makeValueLabel(QStringLiteral("Dossier courant"), this);
     m_currentFolder->setObjectName(QStringLiteral("currentFolder"));
@@ -58,9 +44,7 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
         button->setAutoDefault(false); // Enter must not start a deletion by surprise
         button->setAccessibleName(button->text());
     }
-    m_print = makePictureButton(QString(), this, QStringLiteral("Imprimer"));
-    m_print->setObjectName(QStringLiteral("print"));
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    QToolButton *print = makePrintButton(m_archives);
 
     auto *layout = new QGridLayout(this);
     layout->addWidget(m_folders, 0, 0);
@@ -73,7 +57,7 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
     buttons->addWidget(m_delete);
     buttons->addWidget(m_rename);
     buttons->addStretch(1);
-    buttons->addWidget(m_print);
+    buttons->addWidget(print);
     layout->addLayout(buttons, 4, 0, 1, 2);
     layout->setRowStretch(0, 1);
     resize(620, 440);
@@ -82,7 +66,6 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
     connect(m_archives, &QListWidget::itemSelectionChanged, this, &ArchiveListForm::archiveClicked);
     connect(m_delete, &QPushButton::clicked, this, &ArchiveListForm::deleteSelected);
     connect(m_rename, &QPushButton::clicked, this, &ArchiveListForm::renameSelected);
-    connect(m_print, &QToolButton::clicked, this, &ArchiveListForm::print);
 }
 
 void ArchiveListForm::load()
@@ -153,10 +136,3 @@ void ArchiveListForm::renameSelected()
     refillArchives(ArchiveList::kCountAfterRename);
 }
 
-void ArchiveListForm::print()
-{
-    QStringList names;
-    for (int row = 0; row < m_archives->count(); ++row)
-        names.append(m_archives->item(row)->text());
-    printList(m_printer, m_clock, names);
-}

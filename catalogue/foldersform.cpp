@@ -3,7 +3,6 @@
 #include "archivefolders.h"
 #include "datadirectory.h"
 #include "dialogs.h"
-#include "listprintout.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -16,21 +15,12 @@
 
 FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
                          const Clock &clock, QWidget *parent)
-    : Form(parent)
-    , m_data(data)
-    , m_dialogs(dialogs)
-    , m_printer(printer)
-    , m_pictures(pictures)
-    , m_clock(clock)
+    : MaintenanceForm(data, dialogs, printer, pictures, clock, parent)
 {
     setObjectName(QStringLiteral("FoldersForm"));
     setWindowTitle(ArchiveFolders::kTitle);
 
-    m_folders = new QListWidget(this);
-    m_folders->setObjectName(QStringLiteral("folders"));
-    m_folders->setAccessibleName(QStringLiteral("Dossiers d'archivage"));
-    m_folders->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_folders->setUniformItemSizes(true);
+    m_folders = makeList(QStringLiteral("folders"), QStringLiteral("Dossiers d'archivage"));
 
     m_count = makeValueLabel(QStringLiteral("Nombre de dossiers"), this);
     m_count->setObjectName(QStringLiteral("count"));
@@ -52,9 +42,7 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
     m_remove->setAutoDefault(false);
     for (QPushButton *button : {m_add, m_remove})
         button->setAccessibleName(button->text());
-    m_print = makePictureButton(QString(), this, QStringLiteral("Imprimer"));
-    m_print->setObjectName(QStringLiteral("print"));
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    QToolButton *print = makePrintButton(m_folders);
 
     auto *nameRow = new QHBoxLayout;
     nameRow->addWidget(caption);
@@ -63,7 +51,7 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
     buttons->addWidget(m_add);
     buttons->addWidget(m_remove);
     buttons->addStretch(1);
-    buttons->addWidget(m_print);
+    buttons->addWidget(print);
     auto *side = new QVBoxLayout;
     side->addWidget(m_count);
     side->addWidget(m_selectedFolder);
@@ -78,7 +66,6 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
     connect(m_folders, &QListWidget::itemSelectionChanged, this, &FoldersForm::folderClicked);
     connect(m_add, &QPushButton::clicked, this, &FoldersForm::addFolder);
     connect(m_remove, &QPushButton::clicked, this, &FoldersForm::removeFolder);
-    connect(m_print, &QToolButton::clicked, this, &FoldersForm::print);
 }
 
 void FoldersForm::load()
@@ -130,10 +117,3 @@ void FoldersForm::removeFolder()
     afterChange();
 }
 
-void FoldersForm::print()
-{
-    QStringList names;
-    for (int row = 0; row < m_folders->count(); ++row)
-        names.append(m_folders->item(row)->text());
-    printList(m_printer, m_clock, names);
-}

@@ -1,21 +1,14 @@
 #pragma once
 
-#include "formsupport.h"
+#include "maintenanceform.h"
 
-class Clock;
-class DataDirectory;
-class Dialogs;
-class Printer;
-class PictureLoader;
 class QLabel;
 class QLineEdit;
-class QListWidget;
 class QPushButton;
-class QToolButton;
 
 // "Kalvex Dossiers": the archive folders with their count; adds a folder named in lower case,
 // removes an empty one after a question, and prints the list.
-class FoldersForm : public Form
+class FoldersForm : public MaintenanceForm
 {
     Q_OBJECT
 
@@ -25,7 +18,6 @@ public:
 
     void addFolder();
     void removeFolder();
-    void print();
 
 protected:
     void load() override;
@@ -35,17 +27,10 @@ private:
     void refill(const QString &countText);
     void afterChange();
 
-    const DataDirectory &m_data;
-    Dialogs &m_dialogs;
-    Printer &m_printer;
-    PictureLoader &m_pictures;
-    const Clock &m_clock;
-
     QListWidget *m_folders = nullptr;
     QLabel *m_count = nullptr;
     QLabel *m_selectedFolder = nullptr;
     QLineEdit *m_name = nullptr;
     QPushButton *m_add = nullptr;
     QPushButton *m_remove = nullptr;
-    QToolButton *m_print = nullptr;
 };
