@@ -1,6 +1,7 @@
 #include "mainform.h"
 
 #include "archivelistform.h"
+#include "createarchiveform.h"
 #include "datadirectory.h"
 #include "foldersform.h"
 #include "launcher.h"
@@ -43,6 +44,8 @@ MainForm::MainForm(const DataDirectory &data, const PlatformServices &services, 
     setCentralWidget(central);
 
     buildMenus();
+    // Wide enough for every command of the menu bar to show.
+    setMinimumWidth(menuBar()->sizeHint().width() + 24);
     startUp();
 }
 
@@ -135,6 +138,11 @@ void MainForm::showModal(QWidget *window)
 
 void MainForm::openCreateArchive()
 {
+    if (!m_createArchive)
+        m_createArchive = new CreateArchiveForm(m_data, m_services.drives, m_services.directoryLister,
+                                                m_services.dialogs, m_services.printer, m_services.pictures,
+                                                m_services.clock, this);
+    showModal(m_createArchive);
 }
 
 void MainForm::openArchiveList()

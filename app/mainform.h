@@ -6,6 +6,7 @@
 #include <QPointer>
 
 class ArchiveListForm;
+class CreateArchiveForm;
 class DataDirectory;
 class FoldersForm;
 class QLabel;
@@ -55,6 +56,7 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<CreateArchiveForm> m_createArchive;
     QPointer<ArchiveListForm> m_archiveList;
     QPointer<FoldersForm> m_folders;
 };

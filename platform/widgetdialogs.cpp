@@ -6,7 +6,36 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
-#include <QShortcut>
+#include <QKeyEvent>
+
+namespace {
+
+// F1 anywhere in a box opens its help; the box stays open.
+class HelpKeyFilter : public QObject
+{
+public:
+    HelpKeyFilter(Launcher &launcher, HelpTopic topic)
+        : m_launcher(launcher)
+        , m_topic(std::move(topic))
+    {
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F1) {
+            m_launcher.openHelp(m_topic);
+            return true;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    Launcher &m_launcher;
+    HelpTopic m_topic;
+};
+
+} // namespace
 
 QWidget *dialogOwner()
 {
@@ -38,8 +67,8 @@ Answer WidgetDialogs::question(const QString &text, const QString &title, const 
                     QMessageBox::Yes | QMessageBox::No, dialogOwner());
     box.setDefaultButton(QMessageBox::No);
     box.setEscapeButton(QMessageBox::No);
-    const QShortcut helpKey(QKeySequence(Qt::Key_F1), &box);
-    QObject::connect(&helpKey, &QShortcut::activated, &box, [this, help] { m_helpOpener.openHelp(help); });
+    HelpKeyFilter helpKey(m_helpOpener, help);
+    box.installEventFilter(&helpKey);
     return box.exec() == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
 

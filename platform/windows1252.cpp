@@ -49,14 +49,15 @@ namespace Windows1252 {
 
 QByteArray encode(QStringView text)
 {
-    QByteArray out;
-    out.reserve(text.size());
+    QByteArray out(text.size(), Qt::Uninitialized);
+    char *next = out.data(); // written byte by byte without a check per byte
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         if (c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
             ++i; // one character outside the code page, one substitute
-        out.append(encodeOne(c.unicode()));
+        *next++ = encodeOne(c.unicode());
     }
+    out.truncate(next - out.constData());
     return out;
 }
 

@@ -80,8 +80,9 @@ private slots:
         const DataDirectory data(mountPoint);
         data.startUp();
         const QStringList folders = data.archiveFolders();
-        QProcess::execute(QStringLiteral("fusermount"), {QStringLiteral("-u"), mountPoint});
+        // Leave the mount first: a busy mount point cannot be unmounted.
         QDir::setCurrent(dir.path());
+        QProcess::execute(QStringLiteral("fusermount"), {QStringLiteral("-u"), mountPoint});
         QCOMPARE(folders, QStringList{QStringLiteral("Divers")});
     }
 

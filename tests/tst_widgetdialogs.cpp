@@ -54,7 +54,7 @@ private slots:
             noText = box->button(QMessageBox::No)->text().remove(QLatin1Char('&'));
             title = box->windowTitle();
             icon = box->icon();
-            QTest::keyClick(box, Qt::Key_F1);
+            QTest::keyClick(box->button(QMessageBox::No), Qt::Key_F1); // from the focused button
             QTest::keyClick(box, Qt::Key_Return); // the default button
         });
         const Answer answer = dialogs.question(u"Souhaitez-vous SUPPRIMER ce thème jeux"_qs,

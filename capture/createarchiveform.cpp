@@ -1,0 +1,331 @@
+#include "createarchiveform.h"
+
+#include "archivefile.h"
+#include "datadirectory.h"
+#include "dialogs.h"
+#include "drives.h"
+#include "filefinder.h"
+#include "foundlistmodel.h"
+#include "listprintout.h"
+#include "searchthread.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+const QString kDriveHint = QStringLiteral(
+    "Choisissez ci-dessous le lecteur où se trouve le support que vous souhaitez archiver : a ,b ,d ,f ,g "
+    ",...la lettre du premier lecteur CD-ROM rencontré est : ");
+const QString kFound = QStringLiteral(" fichiers trouvés");
+constexpr int kMaxNameLength = 8;
+constexpr int kRefreshMs = 5;
+
+// The drive whose mount point holds `path` most closely, or an empty name.
+QString driveHolding(const QList<Drive> &drives, const QString &path)
+{
+    QString best;
+    qsizetype bestLength = -1;
+    for (const Drive &drive : drives) {
+        const QString root = drive.mountPoint;
+        if (root.isEmpty())
+            continue;
+        const bool holds = path == root || root == QLatin1String("/")
+                           || path.startsWith(root + QLatin1Char('/'));
+        if (holds && root.size() > bestLength) {
+            best = drive.name;
+            bestLength = root.size();
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
+                                     Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
+                                     const Clock &clock, QWidget *parent)
+    : Form(parent)
+    , m_data(data)
+    , m_drives(drives)
+    , m_lister(lister)
+    , m_dialogs(dialogs)
+    , m_printer(printer)
+    , m_pictures(pictures)
+    , m_clock(clock)
+{
+    setObjectName(QStringLiteral("CreateArchiveForm"));
+    setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
+    buildControls();
+    m_refreshTimer = new QTimer(this);
+    m_refreshTimer->setInterval(kRefreshMs);
+    connect(m_refreshTimer, &QTimer::timeout, this, &CreateArchiveForm::refreshFound);
+}
+
+CreateArchiveForm::~CreateArchiveForm()
+{
+    m_search.reset(); // cancels a walk still running and waits for it
+    if (m_busyCursor)
+        QApplication::restoreOverrideCursor();
+}
+
+bool CreateArchiveForm::isScanning() const
+{
+    return m_search && m_search->isRunning();
+}
+
+void CreateArchiveForm::buildControls()
+{
+    auto *heading = new QLabel(QStringLiteral("Création du fichier d'archives."), this);
+    heading->setObjectName(QStringLiteral("heading"));
+    QFont headingFont = heading->font();
+    headingFont.setBold(true);
+    headingFont.setPointSizeF(headingFont.pointSizeF() * 1.4);
+    heading->setFont(headingFont);
+
+    m_driveHint = new QLabel(kDriveHint, this);
+    m_driveHint->setObjectName(QStringLiteral("driveHint"));
+    m_driveHint->setWordWrap(true);
+    m_driveChooser = new QComboBox(this);
+    m_driveChooser->setObjectName(QStringLiteral("driveChooser"));
+    m_driveChooser->setAccessibleName(QStringLiteral("Lecteur"));
+    m_driveHint->setBuddy(m_driveChooser);
+
+    auto *nameLabel = new QLabel(QStringLiteral("Identification du support:nom du fichier d'archives à créer :    "
+                                                "(exemples: PCMax, InfoPC2, GenPC65, PCFun7...  )"),
+                                 this);
+    nameLabel->setObjectName(QStringLiteral("nameLabel"));
+    nameLabel->setWordWrap(true);
+    m_name = new QLineEdit(this);
+    m_name->setObjectName(QStringLiteral("name"));
+    m_name->setAccessibleName(QStringLiteral("Nom du fichier d'archives"));
+    nameLabel->setBuddy(m_name);
+    connect(m_name, &QLineEdit::textChanged, this, [this] { m_endNotice->hide(); });
+
+    auto *foldersLabel = new QLabel(QStringLiteral("Dossiers d'archivage"), this);
+    m_folders = new QListWidget(this);
+    m_folders->setObjectName(QStringLiteral("folders"));
+    m_folders->setAccessibleName(QStringLiteral("Dossiers d'archivage"));
+    foldersLabel->setBuddy(m_folders);
+    connect(m_folders, &QListWidget::currentRowChanged, this, &CreateArchiveForm::chooseFolder);
+
+    auto *archivesLabel = new QLabel(QStringLiteral("Supports déjà archivés :"), this);
+    m_archives = new QListWidget(this);
+    m_archives->setObjectName(QStringLiteral("archives"));
+    m_archives->setAccessibleName(QStringLiteral("Supports déjà archivés"));
+    archivesLabel->setBuddy(m_archives);
+
+    m_foundModel = new FoundListModel(this);
+    m_found = new QListView(this);
+    m_found->setObjectName(QStringLiteral("found"));
+    m_found->setAccessibleName(QStringLiteral("Fichiers trouvés"));
+    m_found->setUniformItemSizes(true);
+    m_found->setModel(m_foundModel);
+    m_found->setMinimumWidth(420);
+
+    m_counter = makeValueLabel(QStringLiteral("Nombre de fichiers trouvés"), this);
+    m_counter->setObjectName(QStringLiteral("counter"));
+    setCounter(0);
+    m_endNotice = new QLabel(QStringLiteral("L'archivage est terminé"), this);
+    m_endNotice->setObjectName(QStringLiteral("endNotice"));
+    QFont noticeFont = m_endNotice->font();
+    noticeFont.setBold(true);
+    m_endNotice->setFont(noticeFont);
+    m_endNotice->hide();
+
+    m_createButton = makePictureButton(QStringLiteral("Créer un fichier d'archive"), this);
+    m_createButton->setObjectName(QStringLiteral("create"));
+    connect(m_createButton, &QToolButton::clicked, this, &CreateArchiveForm::create);
+    m_printButton = makePictureButton(QString(), this, QStringLiteral("Imprimer la liste des fichiers trouvés"));
+    m_printButton->setObjectName(QStringLiteral("print"));
+    connect(m_printButton, &QToolButton::clicked, this, &CreateArchiveForm::print);
+
+    auto *left = new QVBoxLayout;
+    left->addWidget(m_driveHint);
+    left->addWidget(m_driveChooser);
+    left->addSpacing(8);
+    left->addWidget(nameLabel);
+    left->addWidget(m_name);
+    left->addSpacing(8);
+    left->addWidget(foldersLabel);
+    left->addWidget(m_folders, 1);
+    left->addWidget(archivesLabel);
+    left->addWidget(m_archives, 1);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_createButton);
+    buttons->addWidget(m_printButton);
+    buttons->addStretch(1);
+    auto *right = new QVBoxLayout;
+    right->addLayout(buttons);
+    right->addWidget(m_found, 1);
+    right->addWidget(m_counter);
+    right->addWidget(m_endNotice);
+
+    auto *grid = new QGridLayout(this);
+    grid->addWidget(heading, 0, 0, 1, 2);
+    grid->addLayout(left, 1, 0);
+    grid->addLayout(right, 1, 1);
+    grid->setColumnStretch(0, 2);
+    grid->setColumnStretch(1, 3);
+    resize(900, 600);
+}
+
+void CreateArchiveForm::load()
+{
+    m_data.makeCurrent();
+    loadButtonIcon(m_createButton, m_pictures, m_data, QStringLiteral("File005.ico"));
+    loadButtonIcon(m_printButton, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+
+    const QSignalBlocker blockFolders(m_folders);
+    m_folders->clear();
+    m_folders->addItems(m_data.archiveFolders());
+    if (m_folders->count() > 0)
+        m_folders->setCurrentRow(0);
+    m_currentFolder = m_data.folderPath(m_folders->count() > 0 ? m_folders->item(0)->text() : QString());
+    showArchives();
+
+    selectFirstCdRom();
+}
+
+void CreateArchiveForm::selectFirstCdRom()
+{
+    const QList<Drive> drives = m_drives.drives();
+    m_driveChooser->clear();
+    for (const Drive &drive : drives) {
+        m_driveChooser->addItem(drive.name);
+        m_driveChooser->setItemData(m_driveChooser->count() - 1, drive.mountPoint, Qt::ToolTipRole);
+    }
+    QString letter;
+    for (const Drive &drive : drives) {
+        if (drive.type == DriveType::CdRom) {
+            letter = drive.name.left(1);
+            break;
+        }
+    }
+    m_driveHint->setText(kDriveHint + letter);
+    // Without a CD-ROM drive the chooser stays on the drive of the data directory.
+    const QString chosen = letter.isEmpty() ? driveHolding(drives, m_data.path()) : letter + QLatin1Char(':');
+    const int index = m_driveChooser->findText(chosen);
+    if (index >= 0)
+        m_driveChooser->setCurrentIndex(index);
+}
+
+void CreateArchiveForm::chooseFolder(int row)
+{
+    if (row < 0)
+        return;
+    m_currentFolder = m_data.folderPath(m_folders->item(row)->text());
+    showArchives();
+}
+
+void CreateArchiveForm::showArchives()
+{
+    m_archives->clear();
+    m_archives->addItems(ArchiveFile::list(m_currentFolder));
+}
+
+void CreateArchiveForm::setCounter(int count)
+{
+    m_counter->setText(QString::number(count) + kFound);
+}
+
+void CreateArchiveForm::create()
+{
+    if (isScanning())
+        return;
+    m_endNotice->hide();
+    m_foundModel->clear();
+
+    if (m_name->text().size() > kMaxNameLength) {
+        m_dialogs.message(QStringLiteral("Nom trop long (8 caractères maxi)"));
+        return;
+    }
+    m_name->setText(m_name->text().toUpper());
+    if (m_name->text().isEmpty()) {
+        m_dialogs.message(QStringLiteral("Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"));
+        return;
+    }
+    // The name is refused, not the type: any other drive, hard disk or not, is scanned.
+    const QString drive = m_driveChooser->currentText();
+    if (drive == QLatin1String("c:")) {
+        m_dialogs.message(QStringLiteral("Ce logiciel est destiné uniquement à archiver des CD-Rom ou des disquettes, "
+                                         "vous ne pouvez pas archiver un disque dur. ")
+                          + m_driveHint->text());
+        return;
+    }
+
+    m_foundModel->clear();
+    setCounter(0);
+    m_shownCount = 0;
+    m_refreshTimer->start();
+    if (!m_busyCursor) {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        m_busyCursor = true;
+    }
+    m_createButton->setEnabled(false);
+
+    if (!m_finder) {
+        m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
+        m_search = std::make_unique<SearchThread>(*m_finder);
+        connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
+    }
+    m_finder->setChemin(drive + QLatin1Char('\\'));
+    m_finder->setCriteres(QStringLiteral("*.*"));
+    m_search->start();
+}
+
+void CreateArchiveForm::refreshFound()
+{
+    if (!m_finder)
+        return;
+    const int count = m_finder->count();
+    if (count <= m_shownCount)
+        return;
+    QList<QByteArray> batch;
+    batch.reserve(count - m_shownCount);
+    for (int i = m_shownCount + 1; i <= count; ++i)
+        batch.append(m_finder->Lire_Fichiers(i));
+    m_foundModel->append(batch);
+    m_shownCount = count;
+    setCounter(count);
+}
+
+void CreateArchiveForm::finishScan()
+{
+    m_refreshTimer->stop();
+    refreshFound();
+    setCounter(m_finder->count());
+    if (m_busyCursor) {
+        QApplication::restoreOverrideCursor();
+        m_busyCursor = false;
+    }
+    m_createButton->setEnabled(true);
+    m_data.makeCurrent();
+
+    // An empty medium writes nothing and says nothing. A file that could not be written is not
+    // announced as an archive either.
+    if (m_foundModel->rowCount() > 0
+        && ArchiveFile::write(m_currentFolder, m_name->text(), m_foundModel->entries())) {
+        m_endNotice->show();
+        showArchives();
+        for (int i = 0; i < 3; ++i)
+            m_dialogs.beep();
+    }
+    emit scanFinished();
+}
+
+void CreateArchiveForm::print()
+{
+    printList(m_printer, m_clock, m_foundModel->texts());
+}

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "formsupport.h"
+
+#include <QString>
+#include <memory>
+
+class Clock;
+class DataDirectory;
+class Dialogs;
+class DirectoryLister;
+class Drives;
+class FileFinder;
+class FoundListModel;
+class PictureLoader;
+class Printer;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListView;
+class QListWidget;
+class QTimer;
+class QToolButton;
+class SearchThread;
+
+// The window that catalogues one medium: choose the drive, name the archive, choose the archive
+// folder, and the create button walks the whole medium and writes NAME.lst into that folder.
+// The walk runs on a worker thread; a 5 ms timer moves what it found into the list in batches.
+class CreateArchiveForm : public Form
+{
+    Q_OBJECT
+
+public:
+    CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
+                      Printer &printer, PictureLoader &pictures, const Clock &clock, QWidget *parent = nullptr);
+    ~CreateArchiveForm() override;
+
+    bool isScanning() const;
+
+signals:
+    // The scan of a create press is over (an archive written or not).
+    void scanFinished();
+
+protected:
+    void load() override;
+
+private:
+    void buildControls();
+    void chooseFolder(int row);
+    void showArchives();
+    void selectFirstCdRom();
+    void create();
+    void refreshFound();
+    void finishScan();
+    void print();
+    void setCounter(int count);
+
+    const DataDirectory &m_data;
+    Drives &m_drives;
+    DirectoryLister &m_lister;
+    Dialogs &m_dialogs;
+    Printer &m_printer;
+    PictureLoader &m_pictures;
+    const Clock &m_clock;
+
+    QLabel *m_driveHint = nullptr;
+    QComboBox *m_driveChooser = nullptr;
+    QLineEdit *m_name = nullptr;
+    QListWidget *m_folders = nullptr;
+    QListWidget *m_archives = nullptr;
+    QListView *m_found = nullptr;
+    FoundListModel *m_foundModel = nullptr;
+    QLabel *m_counter = nullptr;
+    QLabel *m_endNotice = nullptr;
+    QToolButton *m_createButton = nullptr;
+    QToolButton *m_printButton = nullptr;
+    QTimer *m_refreshTimer = nullptr;
+
+    QString m_currentFolder; // full path of the archive folder the archive goes into
+    int m_shownCount = 0;
+    bool m_busyCursor = false;
+    // The search thread uses the finder: it is declared after it so that it ends first.
+    std::unique_ptr<FileFinder> m_finder;
+    std::unique_ptr<SearchThread> m_search;
+};

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <array>
+#include <atomic>
+#include <memory>
+
+class DirectoryLister;
+class Drives;
+
+// Walks a medium from a drive's root and records the full path of every entry in the catalogue's
+// form ("d:\JEUX\CASSE.EXE", Windows-1252), in a one-based list read by index.
+//
+// The walk is a pre-order one in listing order: a directory's own entries first ("." and ".."
+// included for every directory but the root), then the whole of each of its sub-directories.
+// Directories whose name begins with "." are recorded but not entered; symbolic links are never
+// entered (the lister says they are not directories).
+//
+// Rechercher() runs the whole walk in the calling thread. It may run on a worker thread while
+// another thread reads State(), NbFichiers() and Lire_Fichiers() and calls Annuler(): the count is
+// published after the entry it counts is stored, so every index up to the count read is whole.
+// Starting a new Rechercher() while another thread still reads the old results is not allowed.
+class FileFinder
+{
+public:
+    // Entries are counted in a signed 16-bit number: the walk ends cleanly after this many.
+    static constexpr int kMaxEntries = 32767;
+
+    FileFinder(Drives &drives, DirectoryLister &lister);
+    ~FileFinder();
+    FileFinder(const FileFinder &) = delete;
+    FileFinder &operator=(const FileFinder &) = delete;
+
+    // The root of the walk, always ending with "\": "d:" and "d:\" both give "d:\".
+    QString Chemin() const { return m_root; }
+    void setChemin(const QString &root);
+
+    // The pattern entries are recorded by ("*.*" records every entry).
+    QString Criteres() const { return m_pattern; }
+    void setCriteres(const QString &pattern) { m_pattern = pattern; }
+
+    // True from the start to the end of Rechercher(). Writing sets the flag and nothing else.
+    bool State() const { return m_state.load(std::memory_order_acquire); }
+    void setState(bool busy) { m_state.store(busy, std::memory_order_release); }
+
+    // Discards earlier results and walks the root; returns when the walk is over or cancelled.
+    void Rechercher();
+    // Stops a running walk at its next entry; does nothing when no walk runs.
+    void Annuler();
+
+    // The count as decimal text ("0", "1500").
+    QString NbFichiers() const { return QString::number(count()); }
+    int count() const { return m_count.load(std::memory_order_acquire); }
+
+    // The path recorded at `index` (from 1 to the count); "-1" past the count.
+    QByteArray Lire_Fichiers(int index) const;
+
+private:
+    static constexpr int kChunkSize = 1024;
+    using Chunk = std::array<QByteArray, kChunkSize>;
+
+    void walk(const QByteArray &nativePath, const QByteArray &archivePath, bool isRoot);
+    bool record(const QByteArray &archivePath, const QByteArray &name);
+    bool matches(const QByteArray &name) const;
+
+    Drives &m_drives;
+    DirectoryLister &m_lister;
+    QString m_root;
+    QString m_pattern;
+    QByteArray m_patternBytes; // the pattern in Windows-1252, as names are
+    bool m_matchesAll = true;
+    bool m_collecting = false;
+    std::atomic<bool> m_state{false};
+    std::atomic<bool> m_running{false};
+    std::atomic<int> m_count{0};
+    // Fixed slots, allocated a chunk at a time: appending never moves what readers may be reading.
+    std::array<std::unique_ptr<Chunk>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
+};
+
+// Whether `name` (Windows-1252) matches a wild-card pattern as a directory listing would:
+// "*" any run of characters, "?" any one character, letters ignoring case; "*.*" and "*" match
+// every name.
+bool matchesWildcard(QByteArrayView pattern, QByteArrayView name);

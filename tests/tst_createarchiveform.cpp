@@ -1,0 +1,315 @@
+#include "archivefile.h"
+#include "createarchiveform.h"
+#include "datadirectory.h"
+#include "fakeservices.h"
+#include "mainform.h"
+#include "testsupport.h"
+
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+#include <QToolButton>
+
+namespace {
+
+using Item = FakeDirectoryLister::Item;
+
+const QString kHint = u"Choisissez ci-dessous le lecteur où se trouve le support que vous souhaitez archiver : "
+                      u"a ,b ,d ,f ,g ,...la lettre du premier lecteur CD-ROM rencontré est : "_qs;
+
+// A data directory with its default folders and a window over fakes, a CD-ROM in e:.
+struct Fixture
+{
+    Fixture()
+        : data(dir.path())
+    {
+        TestSupport::copyProgramFiles(dir.path());
+        data.startUp();
+        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
+                             {u"d:"_qs, DriveType::Fixed, u"/data"_qs},
+                             {u"e:"_qs, DriveType::CdRom, u"/cd"_qs}};
+        fakes.directoryLister.set("/cd/", {{"A.TXT"}, {"SUB", true}});
+        fakes.directoryLister.set("/cd/SUB/", {{"B.TXT"}});
+    }
+
+    CreateArchiveForm &window()
+    {
+        if (!form) {
+            form = std::make_unique<CreateArchiveForm>(data, fakes.drives, fakes.directoryLister, fakes.dialogs,
+                                                       fakes.printer, fakes.pictures, fakes.clock);
+            form->show();
+        }
+        return *form;
+    }
+    template<typename T> T *child(const QString &name) { return window().findChild<T *>(name); }
+    QString counter() { return child<QLabel>(u"counter"_qs)->text(); }
+    bool noticeShown() { return child<QLabel>(u"endNotice"_qs)->isVisible(); }
+    int foundRows() { return child<QListView>(u"found"_qs)->model()->rowCount(); }
+
+    // Types a name and presses the create button; waits for the scan when one starts.
+    void create(const QString &name)
+    {
+        QLineEdit *box = child<QLineEdit>(u"name"_qs);
+        box->clear();
+        QTest::keyClicks(box, name);
+        QSignalSpy finished(&window(), &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(child<QToolButton>(u"create"_qs), Qt::LeftButton);
+        if (window().isScanning())
+            QVERIFY(finished.wait(10000));
+    }
+    QString archive(const QString &folder, const QString &file) { return data.folderPath(folder) + u"/"_qs + file; }
+
+    QTemporaryDir dir;
+    DataDirectory data;
+    FakeServices fakes;
+    std::unique_ptr<CreateArchiveForm> form;
+};
+
+QStringList texts(QListWidget *list)
+{
+    QStringList out;
+    for (int i = 0; i < list->count(); ++i)
+        out.append(list->item(i)->text());
+    return out;
+}
+
+} // namespace
+
+class tst_CreateArchiveForm : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void openingFillsEveryControl()
+    {
+        Fixture f;
+        QVERIFY(TestSupport::writeFile(f.archive(u"Divers"_qs, u"PCMAG13.lst"_qs), "\"e:\\X\"\r\n"));
+        QVERIFY(TestSupport::writeFile(f.archive(u"Divers"_qs, u"notes.txt"_qs), "x"));
+        f.window();
+        QCOMPARE(f.child<QLabel>(u"heading"_qs)->text(), u"Création du fichier d'archives."_qs);
+        QCOMPARE(f.child<QLabel>(u"driveHint"_qs)->text(), kHint + u"e"_qs);
+        QCOMPARE(f.child<QComboBox>(u"driveChooser"_qs)->currentText(), u"e:"_qs);
+        QCOMPARE(f.child<QComboBox>(u"driveChooser"_qs)->count(), 3);
+        QCOMPARE(texts(f.child<QListWidget>(u"folders"_qs)), f.data.archiveFolders());
+        QCOMPARE(texts(f.child<QListWidget>(u"archives"_qs)), QStringList{u"PCMAG13.lst"_qs});
+        QCOMPARE(f.counter(), u"0 fichiers trouvés"_qs);
+        QVERIFY(!f.noticeShown());
+        QCOMPARE(f.child<QLabel>(u"endNotice"_qs)->text(), u"L'archivage est terminé"_qs);
+        QCOMPARE(f.child<QToolButton>(u"create"_qs)->toolTip(), u"Créer un fichier d'archive"_qs);
+        QVERIFY(!f.child<QToolButton>(u"create"_qs)->icon().isNull());
+        QVERIFY(!f.child<QToolButton>(u"print"_qs)->icon().isNull());
+        QCOMPARE(f.fakes.pictures.icons,
+                 (QStringList{f.data.file(u"File005.ico"_qs), f.data.file(u"inkjet.ico"_qs)}));
+        for (QWidget *control : f.window().findChildren<QWidget *>()) {
+            if (control->focusPolicy() != Qt::NoFocus && control->isVisible() && control->parent() == &f.window())
+                QVERIFY2(!control->accessibleName().isEmpty(), qPrintable(control->objectName()));
+        }
+        QCOMPARE(QDir::currentPath(), QDir(f.dir.path()).canonicalPath());
+    }
+
+    void withoutCdRomTheHintHasNoLetter()
+    {
+        Fixture f;
+        f.fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
+                               {u"d:"_qs, DriveType::Fixed, f.dir.path()}};
+        f.window();
+        QCOMPARE(f.child<QLabel>(u"driveHint"_qs)->text(), kHint);
+        QCOMPARE(f.child<QComboBox>(u"driveChooser"_qs)->currentText(), u"d:"_qs); // the data directory's
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("drive");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("nine characters") << u"ABCDEFGHI"_qs << u"e:"_qs << u"Nom trop long (8 caractères maxi)"_qs;
+        QTest::newRow("empty") << QString() << u"e:"_qs
+                               << u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs;
+        QTest::newRow("system disk") << u"pcfun75"_qs << u"c:"_qs
+                                     << u"Ce logiciel est destiné uniquement à archiver des CD-Rom ou des disquettes, "
+                                        u"vous ne pouvez pas archiver un disque dur. "_qs
+                                            + kHint + u"e"_qs;
+    }
+
+    void refusals()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, drive);
+        QFETCH(QString, message);
+        Fixture f;
+        f.create(u"FIRST"_qs); // leaves a found list and the end notice
+        QVERIFY(f.noticeShown());
+        f.fakes.dialogs.clear();
+        f.child<QComboBox>(u"driveChooser"_qs)->setCurrentText(drive);
+        f.create(name);
+        QCOMPARE(f.fakes.dialogs.messages(), QStringList{message});
+        QVERIFY(!f.window().isScanning());
+        QCOMPARE(f.foundRows(), 0);
+        QVERIFY(!f.noticeShown());
+        QCOMPARE(f.fakes.dialogs.beeps, 0);
+        QCOMPARE(QDir(f.data.folderPath(u"Divers"_qs)).entryList(QDir::Files), QStringList{u"FIRST.lst"_qs});
+    }
+
+    void anUpperCasedNameOfEightWritesTheArchive()
+    {
+        Fixture f;
+        f.create(u"pcfun75x"_qs);
+        QCOMPARE(f.child<QLineEdit>(u"name"_qs)->text(), u"PCFUN75X"_qs);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"PCFUN75X.lst"_qs)),
+                 QByteArray("\"e:\\A.TXT\"\r\n\"e:\\SUB\"\r\n\"e:\\SUB\\.\"\r\n\"e:\\SUB\\..\"\r\n"
+                            "\"e:\\SUB\\B.TXT\"\r\n"));
+        QCOMPARE(f.counter(), u"5 fichiers trouvés"_qs);
+        QCOMPARE(f.foundRows(), 5);
+        QCOMPARE(f.child<QListView>(u"found"_qs)->model()->index(0, 0).data().toString(), u"e:\\A.TXT"_qs);
+        QVERIFY(f.noticeShown());
+        QCOMPARE(texts(f.child<QListWidget>(u"archives"_qs)), QStringList{u"PCFUN75X.lst"_qs});
+        QCOMPARE(f.fakes.dialogs.beeps, 3);
+        QVERIFY(f.fakes.dialogs.messages().isEmpty());
+        QCOMPARE(QApplication::overrideCursor(), nullptr);
+        QCOMPARE(QDir::currentPath(), QDir(f.dir.path()).canonicalPath());
+
+        // Editing the name hides the notice.
+        QTest::keyClick(f.child<QLineEdit>(u"name"_qs), Qt::Key_Backspace);
+        QVERIFY(!f.noticeShown());
+    }
+
+    void aNameOfBlanksIsUsedAsItIs()
+    {
+        Fixture f;
+        f.create(u"   "_qs);
+        QVERIFY(QFile::exists(f.archive(u"Divers"_qs, u"   .lst"_qs)));
+        QVERIFY(f.fakes.dialogs.messages().isEmpty());
+    }
+
+    void theChosenFolderReceivesTheArchiveAndAnOldOneIsReplaced()
+    {
+        Fixture f;
+        QVERIFY(TestSupport::writeFile(f.archive(u"Photos"_qs, u"CD1.lst"_qs), "\"e:\\OLD\"\r\n\"e:\\OLDER\"\r\n"));
+        auto *folders = f.child<QListWidget>(u"folders"_qs);
+        folders->setCurrentRow(int(f.data.archiveFolders().indexOf(u"Photos"_qs)));
+        QCOMPARE(texts(f.child<QListWidget>(u"archives"_qs)), QStringList{u"CD1.lst"_qs});
+        f.fakes.directoryLister.set("/cd/", {{"NEW"}});
+        f.create(u"cd1"_qs);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Photos"_qs, u"CD1.lst"_qs)), QByteArray("\"e:\\NEW\"\r\n"));
+        QVERIFY(!QFile::exists(f.archive(u"Divers"_qs, u"CD1.lst"_qs)));
+    }
+
+    void anEmptyMediumWritesNothing()
+    {
+        Fixture f;
+        f.fakes.directoryLister.set("/cd/", {});
+        f.create(u"VIDE"_qs);
+        QCOMPARE(f.counter(), u"0 fichiers trouvés"_qs);
+        QVERIFY(!QFile::exists(f.archive(u"Divers"_qs, u"VIDE.lst"_qs)));
+        QVERIFY(!f.noticeShown());
+        QCOMPARE(f.fakes.dialogs.beeps, 0);
+        QVERIFY(f.fakes.dialogs.messages().isEmpty());
+    }
+
+    void anyDriveButCIsScanned()
+    {
+        Fixture f;
+        f.fakes.directoryLister.set("/data/", {{"DISQUE.DAT"}});
+        f.child<QComboBox>(u"driveChooser"_qs)->setCurrentText(u"d:"_qs);
+        f.create(u"DUR"_qs);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"DUR.lst"_qs)), QByteArray("\"d:\\DISQUE.DAT\"\r\n"));
+    }
+
+    void theCounterMovesWhileTheWalkRunsAndStopsAt32767()
+    {
+        Fixture f;
+        QList<Item> root;
+        for (int d = 0; d < 40; ++d) {
+            const QByteArray name = "D" + QByteArray::number(d);
+            root.append({name, true});
+            QList<Item> files;
+            for (int i = 0; i < 1000; ++i)
+                files.append({"F" + QByteArray::number(i)});
+            f.fakes.directoryLister.set("/cd/" + name + "/", files);
+        }
+        f.fakes.directoryLister.set("/cd/", root);
+        // A slow medium: each directory takes a moment to read.
+        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(5); };
+        QAbstractItemModelTester tester(f.child<QListView>(u"found"_qs)->model());
+
+        QSet<QString> seen;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [&] { seen.insert(f.counter()); });
+        watch.start(1);
+        f.create(u"GROS"_qs);
+        watch.stop();
+        QVERIFY2(seen.size() >= 3, qPrintable(QStringList(seen.values()).join(u"|"_qs)));
+        QCOMPARE(f.counter(), u"32767 fichiers trouvés"_qs);
+        QCOMPARE(f.foundRows(), 32767);
+        const QList<QByteArray> lines = ArchiveReader::lines(TestSupport::readFile(f.archive(u"Divers"_qs, u"GROS.lst"_qs)));
+        QCOMPARE(lines.size(), 32767);
+        QCOMPARE(lines.first(), QByteArray("\"e:\\D0\""));
+        QVERIFY(f.noticeShown());
+    }
+
+    void printsTheFoundList()
+    {
+        Fixture f;
+        QTemporaryDir out;
+        const QString pdf = out.filePath(u"list.pdf"_qs);
+        FakePrinter printer(pdf);
+        CreateArchiveForm window(f.data, f.fakes.drives, f.fakes.directoryLister, f.fakes.dialogs, printer,
+                                 f.fakes.pictures, f.fakes.clock);
+        window.show();
+        QTest::keyClicks(window.findChild<QLineEdit *>(u"name"_qs), u"PRINT"_qs);
+        QSignalSpy finished(&window, &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(window.findChild<QToolButton *>(u"create"_qs), Qt::LeftButton);
+        QVERIFY(finished.wait(5000));
+        QTest::mouseClick(window.findChild<QToolButton *>(u"print"_qs), Qt::LeftButton);
+        QCOMPARE(printer.printedLines(), (QStringList{u"03-21-2001"_qs, QString(), u"e:\\A.TXT"_qs, u"e:\\SUB"_qs,
+                                                      u"e:\\SUB\\."_qs, u"e:\\SUB\\.."_qs, u"e:\\SUB\\B.TXT"_qs}));
+        QVERIFY(printer.log.contains(u"x=2000"_qs));
+        if (!TestSupport::haveProgram(u"pdftotext"_qs))
+            QSKIP("pdftotext is not installed");
+        QStringList words;
+        for (const TestSupport::PdfWord &word : TestSupport::pdfWords(pdf))
+            words.append(word.text);
+        QVERIFY(words.contains(u"03-21-2001"_qs));
+        QVERIFY(words.contains(u"e:\\SUB\\B.TXT"_qs));
+    }
+
+    void theMainWindowOpensItFromMenuAndButton()
+    {
+        Fixture f;
+        MainForm main(f.data, f.fakes.services());
+        main.show();
+        QAction *item = nullptr;
+        for (QAction *action : main.menuBar()->actions()[0]->menu()->actions()) {
+            if (action->text() == u"Créer un fichier d'archives"_qs)
+                item = action;
+        }
+        QVERIFY(item);
+        item->trigger();
+        auto *window = main.findChild<CreateArchiveForm *>();
+        QVERIFY(window && window->isVisible());
+        QCOMPARE(window->windowModality(), Qt::ApplicationModal);
+        window->close();
+        QToolButton *button = nullptr;
+        for (QToolButton *candidate : main.centralWidget()->findChildren<QToolButton *>()) {
+            if (candidate->toolTip() == u"Créer un fichier d'archives"_qs)
+                button = candidate;
+        }
+        QVERIFY(button);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(main.findChildren<CreateArchiveForm *>().size(), 1);
+        QVERIFY(window->isVisible());
+    }
+};
+
+QTEST_MAIN(tst_CreateArchiveForm)
+#include "tst_createarchiveform.moc"

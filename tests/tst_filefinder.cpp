@@ -1,0 +1,312 @@
+#include "fakedirectorylister.h"
+#include "fakedrives.h"
+#include "filefinder.h"
+#include "linuxdirectorylister.h"
+#include "searchthread.h"
+#include "testsupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <sys/stat.h>
+
+namespace {
+
+using Item = FakeDirectoryLister::Item;
+
+QList<QByteArray> results(const FileFinder &finder)
+{
+    QList<QByteArray> out;
+    for (int i = 1; i <= finder.count(); ++i)
+        out.append(finder.Lire_Fichiers(i));
+    return out;
+}
+
+// A whole walk of drive d:, as the creation window asks for it.
+void search(FileFinder &finder)
+{
+    finder.setChemin(u"d:"_qs);
+    finder.setCriteres(u"*.*"_qs);
+    finder.Rechercher();
+}
+
+FakeDrives cdAt(const QString &mountPoint)
+{
+    FakeDrives drives;
+    drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, mountPoint}};
+    return drives;
+}
+
+// Asks the real lister, and removes a directory once the root has been listed.
+class RemovingLister final : public DirectoryLister
+{
+public:
+    bool list(const QByteArray &path, bool isRoot, std::vector<DirectoryEntry> &entries) override
+    {
+        const bool ok = real.list(path, isRoot, entries);
+        if (isRoot)
+            QDir(QFile::decodeName(toRemove)).removeRecursively();
+        return ok;
+    }
+    LinuxDirectoryLister real;
+    QByteArray toRemove;
+};
+
+} // namespace
+
+class tst_FileFinder : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cheminAlwaysEndsWithABackslash()
+    {
+        FakeDrives drives;
+        FakeDirectoryLister lister;
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:"_qs);
+        QCOMPARE(finder.Chemin(), u"d:\\"_qs);
+        finder.setChemin(u"d:\\"_qs);
+        QCOMPARE(finder.Chemin(), u"d:\\"_qs);
+        finder.setCriteres(u"*.TXT"_qs);
+        QCOMPARE(finder.Criteres(), u"*.TXT"_qs);
+        finder.setState(true);
+        QVERIFY(finder.State());
+        finder.setState(false);
+        QVERIFY(!finder.State());
+    }
+
+    void preOrderWithDotsForEverySubDirectoryButNotTheRoot()
+    {
+        FakeDrives drives = cdAt(u"/media/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/media/cd/", {{"A.TXT"}, {"SUB", true}, {"Z.TXT"}});
+        lister.set("/media/cd/SUB/", {{"B.TXT"}, {"DEEP", true}});
+        lister.set("/media/cd/SUB/DEEP/", {{"C.TXT"}});
+        FileFinder finder(drives, lister);
+        search(finder);
+        QCOMPARE(results(finder),
+                 (QList<QByteArray>{"d:\\A.TXT", "d:\\SUB", "d:\\Z.TXT", "d:\\SUB\\.", "d:\\SUB\\..",
+                                    "d:\\SUB\\B.TXT", "d:\\SUB\\DEEP", "d:\\SUB\\DEEP\\.", "d:\\SUB\\DEEP\\..",
+                                    "d:\\SUB\\DEEP\\C.TXT"}));
+        QCOMPARE(finder.NbFichiers(), u"10"_qs);
+        QVERIFY(!finder.State());
+        // One listing per directory.
+        QCOMPARE(lister.listed, (QList<QByteArray>{"/media/cd/", "/media/cd/SUB/", "/media/cd/SUB/DEEP/"}));
+    }
+
+    void dotDirectoriesAreRecordedButNotEntered()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{".cache", true}, {"JEUX", true}});
+        lister.set("/cd/.cache/", {{"SECRET"}});
+        lister.set("/cd/JEUX/", {{".hidden"}});
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:\\"_qs);
+        finder.setCriteres(u"*.*"_qs);
+        finder.Rechercher();
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\.cache", "d:\\JEUX", "d:\\JEUX\\.", "d:\\JEUX\\..",
+                                                     "d:\\JEUX\\.hidden"}));
+        QVERIFY(!lister.listed.contains("/cd/.cache/"));
+    }
+
+    void emptyUnknownOrUnreadyDrivesGiveNothing_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QString>("mountPoint");
+        QTest::newRow("empty medium") << u"d:"_qs << u"/cd"_qs;
+        QTest::newRow("no disc in the drive") << u"d:"_qs << QString();
+        QTest::newRow("no such drive") << u"q:"_qs << u"/cd"_qs;
+        QTest::newRow("unreadable root") << u"d:"_qs << u"/nowhere"_qs;
+    }
+
+    void emptyUnknownOrUnreadyDrivesGiveNothing()
+    {
+        QFETCH(QString, root);
+        QFETCH(QString, mountPoint);
+        FakeDrives drives = cdAt(mountPoint);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {});
+        FileFinder finder(drives, lister);
+        finder.setChemin(root);
+        finder.setCriteres(u"*.*"_qs);
+        finder.Rechercher();
+        QCOMPARE(finder.NbFichiers(), u"0"_qs);
+        QCOMPARE(finder.Lire_Fichiers(1), QByteArray("-1"));
+        QVERIFY(!finder.State());
+    }
+
+    void unreadableSubDirectoriesAreSkipped()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"BAD", true}, {"GOOD", true}});
+        lister.set("/cd/GOOD/", {{"X"}});
+        FileFinder finder(drives, lister);
+        search(finder);
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\BAD", "d:\\GOOD", "d:\\GOOD\\.", "d:\\GOOD\\..",
+                                                     "d:\\GOOD\\X"}));
+    }
+
+    void cancelMidWalkKeepsWhatWasRecorded()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"A"}, {"SUB", true}});
+        lister.set("/cd/SUB/", {{"B"}, {"DEEP", true}});
+        lister.set("/cd/SUB/DEEP/", {{"C"}});
+        FileFinder finder(drives, lister);
+        lister.onList = [&](const QByteArray &path) {
+            if (path == "/cd/SUB/")
+                finder.Annuler();
+        };
+        search(finder);
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\A", "d:\\SUB"}));
+        QVERIFY(!lister.listed.contains("/cd/SUB/DEEP/"));
+        QVERIFY(!finder.State());
+
+        // Outside a walk Annuler changes nothing, and a new walk starts afresh.
+        lister.onList = nullptr;
+        finder.Annuler();
+        finder.Rechercher();
+        QCOMPARE(finder.count(), 9);
+        QCOMPARE(finder.Lire_Fichiers(9), QByteArray("d:\\SUB\\DEEP\\C"));
+    }
+
+    void newSearchDiscardsOldResults()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"ONE"}, {"TWO"}, {"THREE"}});
+        FileFinder finder(drives, lister);
+        search(finder);
+        QCOMPARE(finder.count(), 3);
+        lister.set("/cd/", {{"NEW"}});
+        finder.Rechercher();
+        QCOMPARE(results(finder), QList<QByteArray>{"d:\\NEW"});
+        QCOMPARE(finder.Lire_Fichiers(2), QByteArray("-1"));
+    }
+
+    void patternsOtherThanEverything()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"a.txt"}, {"B.TXT"}, {"c.exe"}, {"SUB", true}});
+        lister.set("/cd/SUB/", {{"d.Txt"}});
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:"_qs);
+        finder.setCriteres(u"*.TXT"_qs);
+        finder.Rechercher();
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\a.txt", "d:\\B.TXT", "d:\\SUB\\d.Txt"}));
+
+        QVERIFY(matchesWildcard("?.EXE", "c.exe"));
+        QVERIFY(!matchesWildcard("?.EXE", "cd.exe"));
+        QVERIFY(matchesWildcard("*A*B", "xxAyyB"));
+        QVERIFY(!matchesWildcard("*A*B", "xxAyyBz"));
+        QVERIFY(matchesWildcard("\xC9T\xC9*", "\xE9t\xE9.doc")); // ÉTÉ* matches été.doc
+    }
+
+    void theCountStopsCleanlyAt32767()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        QList<Item> many;
+        for (int i = 0; i < 20000; ++i)
+            many.append({"F" + QByteArray::number(i)});
+        lister.set("/cd/", many + QList<Item>{{"SUB", true}});
+        lister.set("/cd/SUB/", many);
+        FileFinder finder(drives, lister);
+        search(finder);
+        QCOMPARE(finder.NbFichiers(), u"32767"_qs);
+        QVERIFY(!finder.State());
+        QCOMPARE(finder.Lire_Fichiers(1), QByteArray("d:\\F0"));
+        QCOMPARE(finder.Lire_Fichiers(20001), QByteArray("d:\\SUB"));
+        QCOMPARE(finder.Lire_Fichiers(20002), QByteArray("d:\\SUB\\."));
+        // 32,767 = 20,001 root entries + "." and ".." + 12,764 files of SUB.
+        QCOMPARE(finder.Lire_Fichiers(32767), QByteArray("d:\\SUB\\F12763"));
+        QCOMPARE(finder.Lire_Fichiers(32768), QByteArray("-1"));
+    }
+
+    void runsOnAWorkerThreadWhileTheCountIsRead()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        QList<Item> many;
+        for (int i = 0; i < 30000; ++i)
+            many.append({"FILE" + QByteArray::number(i)});
+        lister.set("/cd/", many);
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:"_qs);
+        finder.setCriteres(u"*.*"_qs);
+        SearchThread search(finder);
+        QSignalSpy finished(&search, &SearchThread::finished);
+        search.start();
+        QVERIFY(finder.State()); // at once, before the worker has run
+        // Whatever the count read, every entry up to it is whole.
+        while (finder.State()) {
+            const int seen = finder.count();
+            if (seen > 0)
+                QCOMPARE(finder.Lire_Fichiers(seen), "d:\\FILE" + QByteArray::number(seen - 1));
+        }
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(finder.count(), 30000);
+        QVERIFY(!search.isRunning());
+    }
+
+    void destroyingARunningSearchCancelsIt()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"SUB", true}});
+        lister.set("/cd/SUB/", {{"X"}});
+        QAtomicInt release = 0;
+        lister.onList = [&](const QByteArray &) {
+            while (!release.loadAcquire())
+                QThread::msleep(1);
+        };
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:"_qs);
+        {
+            SearchThread search(finder);
+            search.start();
+            release.storeRelease(1);
+        } // waits for the walk
+        QVERIFY(!finder.State());
+    }
+
+    void realTreeWithLinkLoopUnreadableAndRemovedDirectories()
+    {
+        QTemporaryDir dir;
+        const QDir root(dir.path());
+        QVERIFY(root.mkpath(u"JEUX/SUB"_qs));
+        QVERIFY(root.mkpath(u"Locked/inner"_qs));
+        QVERIFY(root.mkpath(u"Gone/x"_qs));
+        QVERIFY(TestSupport::writeFile(root.filePath(u"JEUX/CASSE.EXE"_qs), "x"));
+        QVERIFY(TestSupport::writeFile(root.filePath(u"été 2001.txt"_qs), "x"));
+        QVERIFY(QFile::link(dir.path(), root.filePath(u"JEUX/SUB/loop"_qs)));
+        QVERIFY(::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0) == 0);
+
+        FakeDrives drives = cdAt(dir.path());
+        RemovingLister lister;
+        lister.toRemove = QFile::encodeName(root.filePath(u"Gone"_qs));
+        FileFinder finder(drives, lister);
+        search(finder);
+        ::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0755);
+
+        QList<QByteArray> expected = {"d:\\Gone", "d:\\JEUX", "d:\\Locked", "d:\\\xE9t\xE9 2001.txt",
+                                      "d:\\JEUX\\.", "d:\\JEUX\\..", "d:\\JEUX\\CASSE.EXE", "d:\\JEUX\\SUB",
+                                      "d:\\JEUX\\SUB\\.", "d:\\JEUX\\SUB\\..", "d:\\JEUX\\SUB\\loop"};
+        if (::geteuid() == 0) // root reads what is locked
+            expected += {"d:\\Locked\\.", "d:\\Locked\\..", "d:\\Locked\\inner", "d:\\Locked\\inner\\.",
+                         "d:\\Locked\\inner\\.."};
+        QCOMPARE(results(finder), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_FileFinder)
+#include "tst_filefinder.moc"
