@@ -1,8 +1,10 @@
 #include "mainform.h"
 
+#include "archivelistform.h"
 #include "createarchiveform.h"
 #include "datadirectory.h"
 #include "extensionsform.h"
+#include "foldersform.h"
 #include "launcher.h"
 #include "pictureloader.h"
 #include "themesform.h"
@@ -147,6 +149,10 @@ void MainForm::openCreateArchive()
 
 void MainForm::openArchiveList()
 {
+    if (!m_archiveList)
+        m_archiveList = new ArchiveListForm(m_data, m_services.dialogs, m_services.printer, m_services.pictures,
+                                            m_services.clock, this);
+    showModal(m_archiveList);
 }
 
 void MainForm::openSearch()
@@ -159,6 +165,10 @@ void MainForm::openThemeSearch()
 
 void MainForm::openFolders()
 {
+    if (!m_folders)
+        m_folders = new FoldersForm(m_data, m_services.dialogs, m_services.printer, m_services.pictures,
+                                    m_services.clock, this);
+    showModal(m_folders);
 }
 
 void MainForm::openExtensions()

@@ -5,9 +5,11 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class ArchiveListForm;
 class CreateArchiveForm;
 class DataDirectory;
 class ExtensionsForm;
+class FoldersForm;
 class QLabel;
 class QToolButton;
 class ThemesForm;
@@ -59,4 +61,6 @@ private:
     QPointer<CreateArchiveForm> m_createArchive;
     QPointer<ExtensionsForm> m_extensions;
     QPointer<ThemesForm> m_themes;
+    QPointer<ArchiveListForm> m_archiveList;
+    QPointer<FoldersForm> m_folders;
 };

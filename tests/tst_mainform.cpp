@@ -136,6 +136,32 @@ private slots:
         QVERIFY(fakes.dialogs.shown.isEmpty());
     }
 
+    void archiveListAndFoldersOpenFromMenuAndButtonAsOneModalWindow()
+    {
+        QTemporaryDir dir;
+        FakeServices fakes;
+        const DataDirectory data(dir.path());
+        MainForm window(data, fakes.services());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QList<QToolButton *> buttons = pictureButtons(window);
+        const struct { QString caption; int button; QString form; } commands[] = {
+            {u"Supprimer un fichier d'archives"_qs, 1, u"ArchiveListForm"_qs},
+            {u"Dossiers d'archivage"_qs, 4, u"FoldersForm"_qs},
+        };
+        for (const auto &command : commands) {
+            menuAction(window, command.caption)->trigger();
+            QWidget *opened = window.findChild<QWidget *>(command.form);
+            QVERIFY(opened && opened->isVisible());
+            QCOMPARE(opened->windowModality(), Qt::ApplicationModal);
+            opened->close();
+            QTest::mouseClick(buttons[command.button], Qt::LeftButton);
+            QCOMPARE(window.findChild<QWidget *>(command.form), opened);
+            QVERIFY(opened->isVisible());
+            opened->close();
+        }
+    }
+
     void closingTheMainWindowEndsTheProgram()
     {
         QTemporaryDir dir;

@@ -1,0 +1,72 @@
+#include "archivelist.h"
+
+#include "textformat.h"
+#include "windows1252.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace ArchiveList {
+
+QString countLabel(const QString &text, qsizetype count)
+{
+    return text + formatSigned(count);
+}
+
+QString deleteQuestion(const QString &selectedFile)
+{
+    return QStringLiteral("Souhaitez-vous SUPPRIMER LE FICHIER ") + selectedFile;
+}
+
+QString renameQuestion(const QString &selectedFile)
+{
+    return QStringLiteral("Souhaitez-vous RENOMMER  LE FICHIER ") + selectedFile;
+}
+
+QString upperCasedName(const QString &typed)
+{
+    QString upper;
+    upper.reserve(typed.size());
+    for (const QChar c : typed) {
+        const QByteArray byte = Windows1252::encode(QStringView(&c, 1));
+        const bool inCodePage = byte != "?" || c == QLatin1Char('?');
+        upper.append(inCodePage ? Windows1252::decode(Windows1252::toUpper(byte)) : QString(c));
+    }
+    return upper;
+}
+
+QString renamedPath(const QString &currentFolder, const QString &answer)
+{
+    return currentFolder + QLatin1Char('/') + upperCasedName(answer) + QStringLiteral(".lst");
+}
+
+bool rename(const QString &selectedFile, const QString &currentFolder, const QString &answer)
+{
+    const QFileInfo source(selectedFile);
+    if (selectedFile.isEmpty() || !source.isFile() || answer.contains(QLatin1Char('/')))
+        return false;
+    const QFileInfo target(renamedPath(currentFolder, answer));
+    const QDir targetDir = target.absoluteDir();
+    const bool sameFolder = targetDir == source.absoluteDir();
+    const QStringList entries =
+        targetDir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString &entry : entries) {
+        if (entry.compare(target.fileName(), Qt::CaseInsensitive) == 0
+            && !(sameFolder && entry == source.fileName()))
+            return false;
+    }
+    return QFile::rename(source.filePath(), target.filePath());
+}
+
+bool remove(const QString &path)
+{
+    if (path.isEmpty())
+        return false;
+    const QFileInfo file(path);
+    if (!file.isFile() && !file.isSymLink())
+        return false;
+    return QFile::remove(path);
+}
+
+} // namespace ArchiveList
