@@ -3,6 +3,7 @@
 #include "datadirectory.h"
 #include "launcher.h"
 #include "pictureloader.h"
+#include "searchform.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -141,6 +142,9 @@ void MainForm::openArchiveList()
 
 void MainForm::openSearch()
 {
+    if (!m_search)
+        m_search = new SearchForm(m_data, m_services.dialogs, m_services.pictures, this);
+    showModal(m_search);
 }
 
 void MainForm::openThemeSearch()

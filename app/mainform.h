@@ -8,6 +8,7 @@
 class DataDirectory;
 class QLabel;
 class QToolButton;
+class SearchForm;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -53,4 +54,5 @@ private:
     QLabel *m_picture = nullptr;
     QLabel *m_storedPath = nullptr;
     QList<QToolButton *> m_buttons;
+    QPointer<SearchForm> m_search;
 };
