@@ -102,11 +102,15 @@ private slots:
     void promptsRefuseEmptyAndShortAnswers()
     {
         Fixture f;
-        f.search(kByName, u""_qs);
+        const auto click = [&f](const QString &button, const QString &answer) {
+            f.fakes.dialogs.inputs = {answer};
+            QTest::mouseClick(f.child<QToolButton>(button), Qt::LeftButton);
+        };
+        click(kByName, u""_qs);
         QCOMPARE(f.fakes.dialogs.shown[0].text, u"Nom du fichier, sans extension ? "_qs);
-        f.search(kByString, u""_qs);
-        f.search(kByString, u"ab"_qs);
-        f.search(kByExtension);
+        click(kByString, u""_qs);
+        click(kByString, u"ab"_qs);
+        click(kByExtension, {});
         QCOMPARE(f.fakes.dialogs.shown[2].text, u"Chaîne de 3 caractères au minimum... ? "_qs);
         QCOMPARE(f.fakes.dialogs.messages(),
                  (QStringList{u"Vous devez saisir un nom !"_qs, u"Vous devez saisir une chaîne de caractères !"_qs,
