@@ -88,11 +88,10 @@ void SearchRun::work()
     }
 
     if (m_workersLeft.fetch_sub(1) == 1) {
-        std::vector<quint32> order;
         {
             QMutexLocker lock(&m_mutex);
-            order = SearchResults::sortedOrder(m_published);
-            m_sortedOrder = std::move(order);
+            if (m_request.sortRows)
+                m_sortedOrder = SearchResults::sortedOrder(m_published);
         }
         m_finished.store(true);
         emit finished();

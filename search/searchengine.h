@@ -28,6 +28,7 @@ struct SearchRequest
     QList<ArchiveToScan> archives;
     qsizetype rowLimit = 0; // the search stops once it holds this many rows; 0: no limit
     int threads = 1;
+    bool sortRows = true; // build the alphabetical order once every row is found
 };
 
 // The archives of a folder that take part in a search: the first 500 of its list, and of those the

@@ -4,6 +4,7 @@
 #include "windows1252.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 void SearchResults::clear()
@@ -76,22 +77,17 @@ struct SortKey
     quint32 length;
 };
 
-// The character at `k` of a sorted row's text: the name, then 60 blanks, then the signed index.
-unsigned char sortedRowChar(const SortKey &key, const QByteArray &indexText, qsizetype k)
+// The text after a sorted row's name: 60 blanks, then the index with its sign position.
+struct RowTail
 {
-    if (k < key.length)
-        return static_cast<unsigned char>(key.name[k]);
-    k -= key.length;
-    if (k < 60)
-        return ' ';
-    k -= 60;
-    return k < indexText.size() ? static_cast<unsigned char>(indexText[k]) : 0;
-}
-
-QByteArray signedIndex(quint32 index)
-{
-    return ' ' + QByteArray::number(index);
-}
+    explicit RowTail(quint32 index)
+    {
+        std::memset(text, ' ', 61);
+        length = 61 + int(std::to_chars(text + 61, text + sizeof text, index).ptr - (text + 61));
+    }
+    char text[72];
+    int length = 0;
+};
 
 } // namespace
 
@@ -105,7 +101,7 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
     std::vector<quint32> order(keys.size());
     for (size_t i = 0; i < order.size(); ++i)
         order[i] = quint32(i);
-    std::stable_sort(order.begin(), order.end(), [&keys](quint32 a, quint32 b) {
+    std::sort(order.begin(), order.end(), [&keys](quint32 a, quint32 b) {
         const SortKey &ka = keys[a];
         const SortKey &kb = keys[b];
         const quint32 common = std::min(ka.length, kb.length);
@@ -113,16 +109,32 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
         if (c != 0)
             return c < 0;
         // Equal up to the shorter name: the rest of both rows' texts decides, blanks and index included.
-        const QByteArray ia = signedIndex(a);
-        const QByteArray ib = signedIndex(b);
-        const qsizetype end = std::max(ka.length + 60 + ia.size(), kb.length + 60 + ib.size());
+        if (ka.length != kb.length) {
+            const char next = ka.length > kb.length ? ka.name[common] : kb.name[common];
+            if (next != ' ') // the shorter row goes on with a blank
+                return (ka.length < kb.length) == (' ' < static_cast<unsigned char>(next));
+        } else {
+            char da[16], db[16];
+            const auto ea = std::to_chars(da, da + sizeof da, a).ptr;
+            const auto eb = std::to_chars(db, db + sizeof db, b).ptr;
+            return std::lexicographical_compare(da, ea, db, eb);
+        }
+        const RowTail ta(a);
+        const RowTail tb(b);
+        const auto at = [](const SortKey &key, const RowTail &tail, qsizetype k) -> int {
+            if (k < key.length)
+                return static_cast<unsigned char>(key.name[k]);
+            k -= key.length;
+            return k < tail.length ? static_cast<unsigned char>(tail.text[k]) : -1;
+        };
+        const qsizetype end = std::max(ka.length + ta.length, kb.length + tb.length);
         for (qsizetype k = common; k < end; ++k) {
-            const unsigned char ca = sortedRowChar(ka, ia, k);
-            const unsigned char cb = sortedRowChar(kb, ib, k);
+            const int ca = at(ka, ta, k);
+            const int cb = at(kb, tb, k);
             if (ca != cb)
                 return ca < cb;
         }
-        return false;
+        return a < b;
     });
     return order;
 }
