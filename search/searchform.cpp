@@ -113,7 +113,13 @@ void SearchForm::buildLayout()
     m_allFolders = new QCheckBox(u"Rechercher dan tous les dossiers"_qs, this);
     m_allFolders->setAccessibleName(m_allFolders->text());
     archivesColumn->addWidget(m_allFolders);
-    top->addLayout(archivesColumn, 2);
+    // Wide enough for either caption of the selection switch, so toggling it moves nothing.
+    auto *archivesPanel = new QWidget(this);
+    archivesColumn->setContentsMargins(0, 0, 0, 0);
+    archivesPanel->setLayout(archivesColumn);
+    const QFontMetrics metrics(m_selectAll->font());
+    archivesPanel->setFixedWidth(std::max(metrics.horizontalAdvance(kSelectAllOn), metrics.horizontalAdvance(kSelectAllOff)) + 40);
+    top->addWidget(archivesPanel);
 
     // Search commands, the extension table and the class filters.
     auto *searchColumn = new QVBoxLayout;

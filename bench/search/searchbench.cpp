@@ -46,7 +46,7 @@ const char *const kExtensions[] = {"TXT", "EXE", "DLL", "BMP", "JPG", "WAV", "MI
 QByteArray makeLine(QRandomGenerator &random)
 {
     QByteArray line = "d:";
-    const int depth = random.bounded(1, 4);
+    const int depth = random.bounded(3, 7);
     for (int d = 0; d < depth; ++d)
         line += '\\' + QByteArray(kWords[random.bounded(int(std::size(kWords)))]);
     line += '\\';
@@ -62,7 +62,7 @@ QByteArray makeLine(QRandomGenerator &random)
             base = "KALV" + base;              // rare string
         else if (s < 72)
             base = "IMG" + base;               // frequent string
-        line += base.left(5) + QByteArray::number(random.bounded(1000));
+        line += base.left(8) + QByteArray::number(random.bounded(1000));
     }
     const int e = random.bounded(1000);
     const char *extension = e < 2 ? "WMF" : e < 72 ? "GIF" : kExtensions[random.bounded(int(std::size(kExtensions)))];
