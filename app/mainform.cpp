@@ -8,6 +8,7 @@
 #include "launcher.h"
 #include "pictureloader.h"
 #include "themesform.h"
+#include "searchform.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -157,6 +158,9 @@ void MainForm::openArchiveList()
 
 void MainForm::openSearch()
 {
+    if (!m_search)
+        m_search = new SearchForm(m_data, m_services.dialogs, m_services.pictures, this);
+    showModal(m_search);
 }
 
 void MainForm::openThemeSearch()

@@ -13,6 +13,7 @@ class FoldersForm;
 class QLabel;
 class QToolButton;
 class ThemesForm;
+class SearchForm;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -63,4 +64,5 @@ private:
     QPointer<ThemesForm> m_themes;
     QPointer<ArchiveListForm> m_archiveList;
     QPointer<FoldersForm> m_folders;
+    QPointer<SearchForm> m_search;
 };

@@ -1,0 +1,148 @@
+#include "searchengine.h"
+
+#include "archivescanner.h"
+
+#include <QFile>
+
+QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
+                                    const QList<bool> &selected)
+{
+    QList<ArchiveToScan> archives;
+    const qsizetype count = std::min<qsizetype>(fileNames.size(), kMaxArchivesPerSearch);
+    for (qsizetype i = 0; i < count; ++i) {
+        if (!selected.isEmpty() && !selected.value(i))
+            continue;
+        archives.append({folderPath + QLatin1Char('/') + fileNames[i], archiveNameOf(fileNames[i])});
+    }
+    return archives;
+}
+
+SearchRun::SearchRun(SearchRequest request, QObject *parent)
+    : QObject(parent)
+    , m_request(std::move(request))
+{
+    m_request.threads = std::max(1, m_request.threads);
+    m_scanned.resize(size_t(m_request.archives.size()));
+    m_ready.resize(size_t(m_request.archives.size()), false);
+}
+
+SearchRun::~SearchRun()
+{
+    stop();
+    wait();
+}
+
+void SearchRun::start()
+{
+    const int threads = std::max(1, std::min<int>(m_request.threads, int(m_request.archives.size())));
+    m_workersLeft.store(threads);
+    for (int i = 0; i < threads; ++i)
+        m_threads.emplace_back([this] { work(); });
+}
+
+void SearchRun::wait()
+{
+    for (std::thread &thread : m_threads) {
+        if (thread.joinable())
+            thread.join();
+    }
+}
+
+std::vector<std::shared_ptr<const ResultChunk>> SearchRun::takeChunks()
+{
+    QMutexLocker lock(&m_mutex);
+    return std::exchange(m_waiting, {});
+}
+
+std::vector<quint32> SearchRun::takeSortedOrder()
+{
+    QMutexLocker lock(&m_mutex);
+    return std::exchange(m_sortedOrder, {});
+}
+
+void SearchRun::work()
+{
+    const ArchiveScanner scanner(m_request.kind, m_request.term);
+    QByteArray buffer;
+    for (;;) {
+        const int archive = m_nextArchive.fetch_add(1);
+        if (archive >= m_request.archives.size() || m_stop.load())
+            break;
+        auto chunk = std::make_shared<ResultChunk>();
+        chunk->archive = archive;
+        // An archive that cannot be opened or read gives no rows.
+        QFile file(m_request.archives[archive].filePath);
+        if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            buffer.resize(file.size());
+            qint64 got = 0;
+            while (got < buffer.size()) {
+                const qint64 n = file.read(buffer.data() + got, buffer.size() - got);
+                if (n <= 0)
+                    break;
+                got += n;
+            }
+            // No archive holds more rows than the whole search may keep.
+            scanner.scan(QByteArrayView(buffer).first(got), *chunk, m_request.rowLimit, &m_stop);
+        }
+        publish(archive, std::move(chunk));
+    }
+
+    if (m_workersLeft.fetch_sub(1) == 1) {
+        {
+            QMutexLocker lock(&m_mutex);
+            if (m_request.sortRows)
+                m_sortedOrder = SearchResults::sortedOrder(m_published);
+        }
+        m_finished.store(true);
+        emit finished();
+    }
+}
+
+void SearchRun::publish(int archive, std::shared_ptr<ResultChunk> chunk)
+{
+    bool wake = false;
+    int done = 0;
+    {
+        QMutexLocker lock(&m_mutex);
+        m_scanned[size_t(archive)] = std::move(chunk);
+        m_ready[size_t(archive)] = true;
+        while (m_nextToPublish < int(m_ready.size()) && m_ready[size_t(m_nextToPublish)]) {
+            std::shared_ptr<ResultChunk> next = std::move(m_scanned[size_t(m_nextToPublish)]);
+            ++m_nextToPublish;
+            if (m_limitReached.load())
+                continue;
+            const qsizetype limit = m_request.rowLimit;
+            if (limit > 0 && m_rowsPublished + qsizetype(next->rows.size()) >= limit) {
+                next->rows.resize(size_t(limit - m_rowsPublished));
+                m_limitReached.store(true);
+                m_stop.store(true);
+            }
+            m_rowsPublished += qsizetype(next->rows.size());
+            if (!next->rows.empty()) {
+                wake = wake || m_waiting.empty();
+                m_published.push_back(next);
+                m_waiting.push_back(std::move(next));
+            }
+        }
+        done = m_archivesDone.fetch_add(1) + 1;
+    }
+    if (wake)
+        emit chunksReady();
+    emit progressed(done);
+}
+
+SearchResults SearchRun::runAndWait(const SearchRequest &request)
+{
+    SearchRun run(request);
+    run.start();
+    run.wait();
+    SearchResults results;
+    QStringList names;
+    for (const ArchiveToScan &archive : request.archives)
+        names.append(archive.name);
+    results.setArchiveNames(names);
+    for (auto &chunk : run.takeChunks())
+        results.append(std::move(chunk));
+    results.setSortedOrder(run.takeSortedOrder());
+    return results;
+}

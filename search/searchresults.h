@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+// One found row: where its path lies in its chunk's pool. Rows of a path found twice (a string
+// occurring twice in a name) share the path's bytes.
+struct ResultRow
+{
+    qsizetype pathStart = 0;
+    quint32 pathLength = 0;
+    quint32 nameOffset = 0; // the file name's start within the path
+};
+
+// The rows one archive gave: the upper-cased stored paths side by side in one pool.
+struct ResultChunk
+{
+    int archive = 0; // index into the search's archive names
+    QByteArray pool;
+    std::vector<ResultRow> rows;
+};
+
+// The result rows of a search, in the order found, stored compactly: chunks of paths and offsets,
+// with every column (file name, extension column, archive name, path, sorted row) derived on demand.
+class SearchResults
+{
+public:
+    void clear();
+    void setArchiveNames(const QStringList &names) { m_archiveNames = names; }
+    // Appends a chunk's rows after the rows already held.
+    void append(std::shared_ptr<const ResultChunk> chunk);
+
+    qsizetype size() const { return m_size; }
+    bool isEmpty() const { return m_size == 0; }
+
+    QByteArrayView path(qsizetype row) const;
+    QByteArrayView fileName(qsizetype row) const;
+    QByteArrayView extension(qsizetype row) const;
+    QString archiveName(qsizetype row) const;
+
+    // The alphabetical view: row `sorted` of it shows the order-found row sortedIndex(sorted).
+    void setSortedOrder(std::vector<quint32> order) { m_sorted = std::move(order); }
+    qsizetype sortedSize() const { return qsizetype(m_sorted.size()); }
+    qsizetype sortedIndex(qsizetype sorted) const { return m_sorted[size_t(sorted)]; }
+    QString sortedRow(qsizetype sorted) const;
+
+    // The order of the alphabetical view: rows sorted by their text (file name, 60 blanks, index).
+    static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks);
+
+    // Bytes held, for the memory budget.
+    qsizetype memoryUsed() const;
+
+private:
+    struct Located
+    {
+        const ResultChunk *chunk;
+        const ResultRow *row;
+    };
+    Located locate(qsizetype row) const;
+
+    QStringList m_archiveNames;
+    std::vector<std::shared_ptr<const ResultChunk>> m_chunks;
+    std::vector<qsizetype> m_chunkStarts; // first row of each chunk
+    std::vector<quint32> m_sorted;
+    qsizetype m_size = 0;
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+// The three ways of searching the archives.
+enum class SearchKind { Name, String, Extension };
+
+// A stored path as the search reads it: the archive line upper-cased (Windows-1252) and, when
+// longer than two characters, less its first and last characters (the quotes).
+struct PathParts
+{
+    qsizetype nameStart = 0; // one after the last backslash; 0 when there is none
+    qsizetype baseEnd = 0;   // the last dot when it follows the last backslash, else the path's end
+    bool hasExtension = false;
+};
+
+PathParts splitPath(QByteArrayView path);
+
+// The number of result rows one stored path gives for an upper-cased term:
+// - by name: 1 when the base name (between the last backslash and the last dot after it, or the
+//   path's end) equals the term;
+// - by string: one row per start position, from one after the last backslash, where the term
+//   occurs; the last two characters of the path never end a match, and overlapping occurrences
+//   each count;
+// - by extension: 1 when the path's last three characters equal the term.
+int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term);
+
+// The file name of a stored path: what follows its last backslash.
+QByteArrayView fileNameOf(QByteArrayView path);
+// The extension column: the path's last three characters, or three blanks when the file name holds
+// no dot (the extension is taken from the path's end whatever follows the dot: PHOTO.JPEG gives PEG).
+QByteArrayView extensionColumnOf(QByteArrayView path);
+
+// The searched term as archive lines are compared with it: Windows-1252, upper-cased.
+QByteArray searchTerm(const QString &typed);
+
+// An archive's name: its file name less the last four characters (".lst").
+QString archiveNameOf(const QString &fileName);
+
+// A row of the alphabetical view: the file name, 60 blanks and the row's index in the order found.
+QString sortedRowText(const QString &fileName, qsizetype index);
+
+// Searches archives (at most this many of each folder take part in a search).
+inline constexpr int kMaxArchivesPerSearch = 500;
+// A search by extension stops when it has found this many rows.
+inline constexpr qsizetype kExtensionRowLimit = 30000;

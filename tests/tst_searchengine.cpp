@@ -1,0 +1,275 @@
+#include "archivefile.h"
+#include "archivescanner.h"
+#include "extensionentry.h"
+#include "searchengine.h"
+#include "searchrules.h"
+#include "testsupport.h"
+
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <string>
+
+namespace {
+
+// Rows of one archive's bytes as (file name, extension column, path), one entry per row.
+QList<QByteArrayList> rowsOf(SearchKind kind, const QByteArray &term, const QByteArray &archive)
+{
+    ResultChunk chunk;
+    ArchiveScanner(kind, term).scan(archive, chunk);
+    QList<QByteArrayList> rows;
+    for (const ResultRow &row : chunk.rows) {
+        const QByteArrayView path = QByteArrayView(chunk.pool).sliced(row.pathStart, row.pathLength);
+        rows.append({fileNameOf(path).toByteArray(), extensionColumnOf(path).toByteArray(), path.toByteArray()});
+    }
+    return rows;
+}
+
+QByteArrayList pathsOf(SearchKind kind, const QByteArray &term, const QByteArray &archive)
+{
+    QByteArrayList paths;
+    for (const QByteArrayList &row : rowsOf(kind, term, archive))
+        paths.append(row[2]);
+    return paths;
+}
+
+// The rules written the plain way, one line and one position at a time, for comparison.
+std::string referenceUpper(const std::string &s)
+{
+    std::string out = s;
+    for (char &c : out) {
+        const auto b = static_cast<unsigned char>(c);
+        if ((b >= 'a' && b <= 'z') || (b >= 0xE0 && b <= 0xFE && b != 0xF7))
+            c = char(b - 32);
+        else if (b == 0x9A || b == 0x9C || b == 0x9E)
+            c = char(b - 16);
+        else if (b == 0xFF)
+            c = char(0x9F);
+    }
+    return out;
+}
+
+QList<std::string> referenceSearch(SearchKind kind, const std::string &term, const std::string &archive)
+{
+    QList<std::string> found;
+    size_t start = 0;
+    while (start < archive.size()) {
+        size_t end = archive.find('\n', start);
+        std::string line = archive.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        start = end == std::string::npos ? archive.size() : end + 1;
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        line = referenceUpper(line);
+        if (line.size() > 2)
+            line = line.substr(1, line.size() - 2);
+        const long len = long(line.size());
+        long lastBackslash = 0, lastDot = 0; // 1-based, 0 for none
+        for (long i = 1; i <= len; ++i) {
+            if (line[size_t(i - 1)] == '\\')
+                lastBackslash = i;
+            if (line[size_t(i - 1)] == '.')
+                lastDot = i;
+        }
+        const long nameEnd = lastDot > lastBackslash ? lastDot - 1 : len;
+        const long n = long(term.size());
+        if (kind == SearchKind::Name) {
+            if (line.substr(size_t(lastBackslash), size_t(std::max(0L, nameEnd - lastBackslash))) == term)
+                found.append(line);
+        } else if (kind == SearchKind::String) {
+            for (long k = lastBackslash + 1; k <= len - n - 1; ++k) {
+                if (line.compare(size_t(k - 1), size_t(n), term) == 0)
+                    found.append(line);
+            }
+        } else if (len >= 3 ? line.substr(size_t(len - 3)) == term : line == term) {
+            found.append(line);
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class tst_SearchEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void byNameComparesTheBaseNameUpperCased()
+    {
+        const QByteArray archive = "\"d:\\DOC\\README.TXT\"\r\n\"d:\\README\"\r\n\"d:\\README.TXT.BAK\"\r\n"
+                                   "\"d:\\doc\\ReadMe.txt\"\r\n\"d:\\JEUX\\.\"\r\n\"d:\\JEUX\\..\"\r\n"
+                                   "\"d:\\README\\SETUP.EXE\"\r\n\"d:\\V1.0\\README\"\r\n";
+        QCOMPARE(rowsOf(SearchKind::Name, searchTerm(u"readme"_qs), archive),
+                 (QList<QByteArrayList>{{"README.TXT", "TXT", "D:\\DOC\\README.TXT"},
+                                        {"README", "   ", "D:\\README"},
+                                        {"README.TXT", "TXT", "D:\\DOC\\README.TXT"},
+                                        {"README", "   ", "D:\\V1.0\\README"}}));
+        QCOMPARE(pathsOf(SearchKind::Name, "README.TXT", archive), QByteArrayList{"D:\\README.TXT.BAK"});
+        // "." and ".." entries have no name a user would type.
+        QCOMPARE(pathsOf(SearchKind::Name, "JEUX", archive), QByteArrayList{});
+        // Accented letters are upper-cased as Windows-1252 does it.
+        QCOMPARE(pathsOf(SearchKind::Name, searchTerm(u"café"_qs), "\"d:\\caf\xe9.doc\"\r\n"),
+                 QByteArrayList{"D:\\CAF\xc9.DOC"});
+    }
+
+    void byStringCountsEveryStartButNeverTheLastTwoCharacters()
+    {
+        // Overlapping occurrences each give a row.
+        QCOMPARE(pathsOf(SearchKind::String, "ABA", "\"d:\\ABABA.TXT\"\r\n"),
+                 (QByteArrayList{"D:\\ABABA.TXT", "D:\\ABABA.TXT"}));
+        // The match may end three characters before the end, not two.
+        QCOMPARE(pathsOf(SearchKind::String, "XYZ", "\"d:\\AXYZ\"\r\n\"d:\\XYZ.C\"\r\n\"d:\\AXYZ.\"\r\n"),
+                 QByteArrayList{"D:\\XYZ.C"});
+        QCOMPARE(pathsOf(SearchKind::String, "XYZ", "\"d:\\AXYZ..\"\r\n"), QByteArrayList{"D:\\AXYZ.."});
+        // Only the file name is searched, not its directories.
+        QCOMPARE(pathsOf(SearchKind::String, "JEU", "\"d:\\JEUX\\CASSE.EXE\"\r\n"), QByteArrayList{});
+    }
+
+    void byExtensionTakesTheLastThreeCharacters()
+    {
+        const QByteArray archive = "\"d:\\A\\PHOTO.JPEG\"\r\n\"d:\\A\\B.JPG\"\n\"d:\\A\\JPG\"\r\n\"d:\\A.JPG\\X\"\r\n";
+        QCOMPARE(pathsOf(SearchKind::Extension, "PEG", archive), QByteArrayList{"D:\\A\\PHOTO.JPEG"});
+        QCOMPARE(pathsOf(SearchKind::Extension, "JPE", archive), QByteArrayList{});
+        // A name without a dot ending in the letters is found, with a blank extension column.
+        QCOMPARE(rowsOf(SearchKind::Extension, "JPG", archive),
+                 (QList<QByteArrayList>{{"B.JPG", "JPG", "D:\\A\\B.JPG"}, {"JPG", "   ", "D:\\A\\JPG"}}));
+    }
+
+    void fastScanAgreesWithPlainReadingOnRandomLines()
+    {
+        // Few letters, many backslashes, dots and quotes, so every rule and boundary is reached;
+        // lines long enough to cross the scanner's blocks.
+        const QByteArray alphabet = "aAbB.\\\"\xe9\xc9 \r";
+        QRandomGenerator random(20010321);
+        for (int round = 0; round < 300; ++round) {
+            QByteArray archive;
+            const int lines = random.bounded(1, 40);
+            for (int l = 0; l < lines; ++l) {
+                const int length = random.bounded(0, round % 3 == 0 ? 90 : 12);
+                for (int i = 0; i < length; ++i)
+                    archive.append(alphabet[random.bounded(int(alphabet.size()))]);
+                if (l + 1 < lines || random.bounded(2))
+                    archive.append(random.bounded(2) ? "\r\n" : "\n");
+            }
+            QByteArray term;
+            const int termLength = random.bounded(1, 4);
+            for (int i = 0; i < termLength; ++i)
+                term.append(alphabet[random.bounded(int(alphabet.size()) - 1)]);
+            term = searchTerm(QString::fromLatin1(term));
+            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension}) {
+                QList<std::string> expected = referenceSearch(kind, term.toStdString(), archive.toStdString());
+                QList<std::string> actual;
+                for (const QByteArray &path : pathsOf(kind, term, archive))
+                    actual.append(path.toStdString());
+                if (actual != expected)
+                    qWarning() << "kind" << int(kind) << "term" << term << "archive" << archive;
+                QCOMPARE(actual, expected);
+            }
+        }
+    }
+
+    void extensionEntriesAreReadByFixedColumns()
+    {
+        const QString txt = u"TXT         &4C:\\WINDOWS\\NOTEPAD"_qs;
+        const QString gi = u"GI         &1D:\\VIEW"_qs;
+        const QString b = u"B         &7C:\\RUN"_qs;
+        QCOMPARE(ExtensionEntry::extension(txt), u"TXT"_qs);
+        QCOMPARE(ExtensionEntry::classCode(txt), 4);
+        QCOMPARE(ExtensionEntry::program(txt), u"C:\\WINDOWS\\NOTEPAD"_qs);
+        // Shorter extensions shift the columns: read with blanks, never of a class.
+        QCOMPARE(ExtensionEntry::extension(gi), u"GI "_qs);
+        QCOMPARE(ExtensionEntry::classCode(gi), 0);
+        QCOMPARE(ExtensionEntry::ofClass({txt, gi, b, u"DOC         &4C:\\W"_qs, u"BMP         &1X"_qs}, 4),
+                 (QStringList{txt, u"DOC         &4C:\\W"_qs}));
+        QCOMPARE(ExtensionEntry::program(u"SHORT"_qs), QString());
+    }
+
+    void searchesArchivesInOrderAndSortsTheRows()
+    {
+        QTemporaryDir dir;
+        QVERIFY(ArchiveFile::write(dir.path(), u"PCFUN75"_qs, {"d:\\ZOO.TXT", "d:\\B\\ALPHA.TXT", "d:\\NOTE.DOC"}));
+        QVERIFY(ArchiveFile::write(dir.path(), u"PCMAG13"_qs, {"d:\\ALPHA.TXT"}));
+        // An archive that cannot be read gives nothing and the search goes on.
+        QVERIFY(TestSupport::writeFile(dir.filePath(u"GONE.lst"_qs), "x"));
+        QVERIFY(QFile::setPermissions(dir.filePath(u"GONE.lst"_qs), {}));
+        const QStringList files = ArchiveFile::list(dir.path());
+        QCOMPARE(files, (QStringList{u"GONE.lst"_qs, u"PCFUN75.lst"_qs, u"PCMAG13.lst"_qs}));
+        for (int threads : {1, 2}) {
+            SearchRequest request{SearchKind::Extension, "TXT", archivesToScan(dir.path(), files), 0, threads};
+            const SearchResults results = SearchRun::runAndWait(request);
+            QCOMPARE(results.size(), 3);
+            QCOMPARE(results.path(0), "D:\\ZOO.TXT");
+            QCOMPARE(results.archiveName(0), u"PCFUN75"_qs);
+            QCOMPARE(results.archiveName(2), u"PCMAG13"_qs);
+            QCOMPARE(results.sortedSize(), 3);
+            // Equal names are ordered by the text of their index; the index leads back to the row.
+            QCOMPARE(results.sortedRow(0), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 1"_qs);
+            QCOMPARE(results.sortedRow(1), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 2"_qs);
+            QCOMPARE(results.sortedIndex(2), 0);
+        }
+    }
+
+    void archiveSelectionKeepsTheFirst500()
+    {
+        QStringList files;
+        for (int i = 1; i <= 502; ++i)
+            files.append(u"A%1.lst"_qs.arg(i, 3, 10, QLatin1Char('0')));
+        QList<ArchiveToScan> all = archivesToScan(u"/d"_qs, files);
+        QCOMPARE(all.size(), 500);
+        QCOMPARE(all.last().name, u"A500"_qs);
+        QCOMPARE(all.first().filePath, u"/d/A001.lst"_qs);
+        QList<bool> selected(502, false);
+        selected[1] = selected[499] = selected[500] = true;
+        const QList<ArchiveToScan> some = archivesToScan(u"/d"_qs, files, selected);
+        QCOMPARE(some.size(), 2);
+        QCOMPARE(some[1].name, u"A500"_qs);
+    }
+
+    void rowLimitStopsAtExactlyTheLimitAcrossArchives()
+    {
+        QTemporaryDir dir;
+        QList<QByteArray> entries;
+        for (int i = 0; i < 20000; ++i)
+            entries.append("d:\\P\\F" + QByteArray::number(i) + ".GIF");
+        QStringList files;
+        for (const QString &name : {u"A"_qs, u"B"_qs, u"C"_qs}) {
+            QVERIFY(ArchiveFile::write(dir.path(), name, entries));
+            files.append(name + u".lst"_qs);
+        }
+        for (int threads : {1, 2}) {
+            SearchRun run({SearchKind::Extension, "GIF", archivesToScan(dir.path(), files), kExtensionRowLimit, threads});
+            run.start();
+            run.wait();
+            QVERIFY(run.limitReached());
+            qsizetype rows = 0;
+            for (const auto &chunk : run.takeChunks())
+                rows += qsizetype(chunk->rows.size());
+            QCOMPARE(rows, kExtensionRowLimit);
+            QCOMPARE(qsizetype(run.takeSortedOrder().size()), kExtensionRowLimit);
+        }
+        // Below the limit nothing is cut.
+        const SearchResults small = SearchRun::runAndWait({SearchKind::Extension, "GIF",
+                                                           archivesToScan(dir.path(), files.mid(0, 1)), kExtensionRowLimit, 1});
+        QCOMPARE(small.size(), 20000);
+    }
+
+    void millionRowsStayCompact()
+    {
+        SearchResults results;
+        auto chunk = std::make_shared<ResultChunk>();
+        const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
+        for (int i = 0; i < 1000000; ++i) {
+            const qsizetype start = chunk->pool.size();
+            chunk->pool.append(path);
+            chunk->rows.push_back({start, quint32(path.size()), 19});
+        }
+        results.append(chunk);
+        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
+        QCOMPARE(results.fileName(999999), "IMG_0001.JPG");
+        QVERIFY2(results.memoryUsed() < 100 * 1024 * 1024, QByteArray::number(results.memoryUsed()));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SearchEngine)
+#include "tst_searchengine.moc"
