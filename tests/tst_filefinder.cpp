@@ -5,7 +5,9 @@
 #include "searchthread.h"
 #include "testsupport.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QRandomGenerator>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -55,6 +57,32 @@ public:
     LinuxDirectoryLister real;
     QByteArray toRemove;
 };
+
+// The real lister, made to look like one that cannot list on two threads: the walk reads alone.
+class SingleThreadLister final : public DirectoryLister
+{
+public:
+    bool list(const QByteArray &path, bool isRoot, std::vector<DirectoryEntry> &entries) override
+    {
+        return real.list(path, isRoot, entries);
+    }
+    LinuxDirectoryLister real;
+};
+
+// A tree of `directories` nested at random depths, a few files in each.
+void makeRandomTree(const QString &root, int directories)
+{
+    QRandomGenerator random(7);
+    QStringList made = {root};
+    for (int i = 0; i < directories; ++i) {
+        const QString parent = made[random.bounded(int(made.size()))];
+        const QString child = parent + u"/D%1"_qs.arg(random.bounded(1000));
+        if (QDir().mkpath(child))
+            made.append(child);
+        for (int f = int(random.bounded(4)); f > 0; --f)
+            TestSupport::writeFile(child + u"/f%1.txt"_qs.arg(random.bounded(100)), "x");
+    }
+}
 
 } // namespace
 
@@ -277,6 +305,38 @@ private slots:
             release.storeRelease(1);
         } // waits for the walk
         QVERIFY(!finder.State());
+    }
+
+    void readingAheadChangesNothingAndStopsWithTheWalk()
+    {
+        QTemporaryDir dir;
+        makeRandomTree(dir.path(), 600);
+        FakeDrives drives = cdAt(dir.path());
+        LinuxDirectoryLister concurrent;
+        QVERIFY(concurrent.canListConcurrently());
+        SingleThreadLister alone;
+        FileFinder ahead(drives, concurrent);
+        FileFinder plain(drives, alone);
+        search(ahead);
+        search(plain);
+        QVERIFY(plain.count() > 1000);
+        QCOMPARE(results(ahead), results(plain));
+
+        // Cancelled from another thread in the middle: the walk ends, the read-ahead with it.
+        for (int round = 0; round < 20; ++round) {
+            ahead.setChemin(u"d:"_qs);
+            SearchThread walk(ahead);
+            walk.start();
+            while (ahead.count() < 50 * round && ahead.State())
+                QThread::yieldCurrentThread();
+            ahead.Annuler();
+            QDeadlineTimer deadline(10000);
+            while (ahead.State() && !deadline.hasExpired())
+                QThread::msleep(1);
+            QVERIFY(!ahead.State());
+            const QList<QByteArray> partial = results(ahead);
+            QCOMPARE(partial, results(plain).first(partial.size()));
+        }
     }
 
     void realTreeWithLinkLoopUnreadableAndRemovedDirectories()
