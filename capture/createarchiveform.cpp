@@ -66,6 +66,9 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
 {
     setObjectName(QStringLiteral("CreateArchiveForm"));
     setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
+    m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
+    m_search = std::make_unique<SearchThread>(*m_finder);
+    connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
     buildControls();
     m_refreshTimer = new QTimer(this);
     m_refreshTimer->setInterval(kRefreshMs);
@@ -81,7 +84,7 @@ CreateArchiveForm::~CreateArchiveForm()
 
 bool CreateArchiveForm::isScanning() const
 {
-    return m_search && m_search->isRunning();
+    return m_search->isRunning();
 }
 
 void CreateArchiveForm::buildControls()
@@ -125,7 +128,7 @@ void CreateArchiveForm::buildControls()
     m_archives->setAccessibleName(QStringLiteral("Supports déjà archivés"));
     archivesLabel->setBuddy(m_archives);
 
-    m_foundModel = new FoundListModel(this);
+    m_foundModel = new FoundListModel(*m_finder, this);
     m_found = new QListView(this);
     m_found->setObjectName(QStringLiteral("found"));
     m_found->setAccessibleName(QStringLiteral("Fichiers trouvés"));
@@ -265,9 +268,7 @@ void CreateArchiveForm::create()
         return;
     }
 
-    m_foundModel->clear();
     setCounter(0);
-    m_shownCount = 0;
     m_refreshTimer->start();
     if (!m_busyCursor) {
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -275,11 +276,6 @@ void CreateArchiveForm::create()
     }
     m_createButton->setEnabled(false);
 
-    if (!m_finder) {
-        m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
-        m_search = std::make_unique<SearchThread>(*m_finder);
-        connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
-    }
     m_finder->setChemin(drive + QLatin1Char('\\'));
     m_finder->setCriteres(QStringLiteral("*.*"));
     m_search->start();
@@ -287,18 +283,19 @@ void CreateArchiveForm::create()
 
 void CreateArchiveForm::refreshFound()
 {
-    if (!m_finder)
-        return;
     const int count = m_finder->count();
-    if (count <= m_shownCount)
+    if (count <= m_foundModel->rowCount())
         return;
-    QList<QByteArray> batch;
-    batch.reserve(count - m_shownCount);
-    for (int i = m_shownCount + 1; i <= count; ++i)
-        batch.append(m_finder->Lire_Fichiers(i));
-    m_foundModel->append(batch);
-    m_shownCount = count;
+    m_foundModel->showUpTo(count);
     setCounter(count);
+}
+
+bool CreateArchiveForm::writeArchive()
+{
+    ArchiveWriter writer(m_currentFolder, m_name->text());
+    for (int i = 1; i <= m_foundModel->rowCount(); ++i)
+        writer.add(m_finder->entry(i));
+    return writer.commit();
 }
 
 void CreateArchiveForm::finishScan()
@@ -315,8 +312,7 @@ void CreateArchiveForm::finishScan()
 
     // An empty medium writes nothing and says nothing. A file that could not be written is not
     // announced as an archive either.
-    if (m_foundModel->rowCount() > 0
-        && ArchiveFile::write(m_currentFolder, m_name->text(), m_foundModel->entries())) {
+    if (writeArchive()) {
         m_endNotice->show();
         showArchives();
         for (int i = 0; i < 3; ++i)

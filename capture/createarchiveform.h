@@ -52,6 +52,7 @@ private:
     void create();
     void refreshFound();
     void finishScan();
+    bool writeArchive();
     void print();
     void setCounter(int count);
 
@@ -77,9 +78,9 @@ private:
     QTimer *m_refreshTimer = nullptr;
 
     QString m_currentFolder; // full path of the archive folder the archive goes into
-    int m_shownCount = 0;
     bool m_busyCursor = false;
-    // The search thread uses the finder: it is declared after it so that it ends first.
+    // The search thread and the found list use the finder: the thread is declared after it so
+    // that it ends first; the list only reads the finder while the window shows it.
     std::unique_ptr<FileFinder> m_finder;
     std::unique_ptr<SearchThread> m_search;
 };

@@ -32,10 +32,9 @@ inline int walkTree(const QString &tree, const QString &folder)
     finder.setChemin(QStringLiteral("d:"));
     finder.setCriteres(QStringLiteral("*.*"));
     finder.Rechercher();
-    QList<QByteArray> entries;
-    entries.reserve(finder.count());
+    ArchiveWriter writer(folder, QStringLiteral("BENCH"));
     for (int i = 1; i <= finder.count(); ++i)
-        entries.append(finder.Lire_Fichiers(i));
-    ArchiveFile::write(folder, QStringLiteral("BENCH"), entries);
+        writer.add(finder.entry(i));
+    writer.commit();
     return finder.count();
 }
