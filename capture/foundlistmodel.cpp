@@ -9,6 +9,11 @@ FoundListModel::FoundListModel(const FileFinder &finder, QObject *parent)
 {
 }
 
+QModelIndex FoundListModel::index(int row, int column, const QModelIndex &parent) const
+{
+    return row >= 0 && row < m_rows && column == 0 && !parent.isValid() ? createIndex(row, 0) : QModelIndex();
+}
+
 int FoundListModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : m_rows;

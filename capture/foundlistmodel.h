@@ -16,6 +16,9 @@ class FoundListModel final : public QAbstractListModel
 public:
     explicit FoundListModel(const FileFinder &finder, QObject *parent = nullptr);
 
+    // The list view asks for an index per row at every layout: made here without the checks
+    // through virtual calls of the base class.
+    QModelIndex index(int row, int column = 0, const QModelIndex &parent = {}) const override;
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
