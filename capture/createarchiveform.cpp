@@ -30,6 +30,10 @@ const QString kDriveHint = QStringLiteral(
 const QString kFound = QStringLiteral(" fichiers trouvés");
 constexpr int kMaxNameLength = 8;
 constexpr int kRefreshMs = 5;
+// The found list takes new rows about once a screen frame: each addition lays the list out and
+// repaints its rows (a few milliseconds for long paths), which at every tick kept the window's
+// thread busy and late for the end of the walk.
+constexpr int kListRefreshMs = 20;
 
 // The drive whose mount point holds `path` most closely, or an empty name.
 QString driveHolding(const QList<Drive> &drives, const QString &path)
@@ -269,6 +273,8 @@ void CreateArchiveForm::create()
     }
 
     setCounter(0);
+    m_countShown = 0;
+    m_listRefreshed.invalidate(); // the first rows are shown at the first tick
     m_refreshTimer->start();
     if (!m_busyCursor) {
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -284,10 +290,15 @@ void CreateArchiveForm::create()
 void CreateArchiveForm::refreshFound()
 {
     const int count = m_finder->count();
-    if (count <= m_foundModel->rowCount())
-        return;
-    m_foundModel->showUpTo(count);
-    setCounter(count);
+    if (count > m_countShown) {
+        m_countShown = count;
+        setCounter(count);
+    }
+    const bool listDue = !isScanning() || !m_listRefreshed.isValid() || m_listRefreshed.elapsed() >= kListRefreshMs;
+    if (count > m_foundModel->rowCount() && listDue) {
+        m_foundModel->showUpTo(count);
+        m_listRefreshed.start();
+    }
 }
 
 bool CreateArchiveForm::writeArchive()

@@ -2,6 +2,7 @@
 
 #include "formsupport.h"
 
+#include <QElapsedTimer>
 #include <QString>
 #include <memory>
 
@@ -78,6 +79,8 @@ private:
     QTimer *m_refreshTimer = nullptr;
 
     QString m_currentFolder; // full path of the archive folder the archive goes into
+    int m_countShown = 0; // the count on the counter
+    QElapsedTimer m_listRefreshed;
     bool m_busyCursor = false;
     // The search thread and the found list use the finder: the thread is declared after it so
     // that it ends first; the list only reads the finder while the window shows it.
