@@ -35,6 +35,45 @@ constexpr int kRefreshMs = 5;
 // thread busy and late for the end of the walk.
 constexpr int kListRefreshMs = 20;
 
+// The counter of found entries, whose text changes at every tick of a scan. Sized once for its
+// longest text, it repaints without laying the whole window out again.
+class CounterLabel final : public QLabel
+{
+public:
+    explicit CounterLabel(QWidget *parent)
+        : QLabel(parent)
+    {
+        setAccessibleName(QStringLiteral("Nombre de fichiers trouvés"));
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+        fitLongestText();
+    }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QLabel::changeEvent(event);
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+            fitLongestText();
+    }
+
+private:
+    void fitLongestText()
+    {
+        QChar widest = u'0';
+        for (char16_t digit = u'1'; digit <= u'9'; ++digit) {
+            if (fontMetrics().horizontalAdvance(QChar(digit)) > fontMetrics().horizontalAdvance(widest))
+                widest = QChar(digit);
+        }
+        const QString shown = text();
+        setMinimumSize(0, 0);
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setText(QString(QString::number(FileFinder::kMaxEntries).size(), widest) + kFound);
+        const QSize longest = sizeHint();
+        setText(shown);
+        setFixedSize(longest);
+    }
+};
+
 // The drive whose mount point holds `path` most closely, or an empty name.
 QString driveHolding(const QList<Drive> &drives, const QString &path)
 {
@@ -140,7 +179,7 @@ void CreateArchiveForm::buildControls()
     m_found->setModel(m_foundModel);
     m_found->setMinimumWidth(420);
 
-    m_counter = makeValueLabel(QStringLiteral("Nombre de fichiers trouvés"), this);
+    m_counter = new CounterLabel(this);
     m_counter->setObjectName(QStringLiteral("counter"));
     setCounter(0);
     m_endNotice = new QLabel(QStringLiteral("L'archivage est terminé"), this);
