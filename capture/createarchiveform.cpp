@@ -323,12 +323,19 @@ void CreateArchiveForm::create()
 
     m_finder->setChemin(drive + QLatin1Char('\\'));
     m_finder->setCriteres(QStringLiteral("*.*"));
+    m_archive = std::make_unique<ArchiveWriter>(m_currentFolder, m_name->text());
+    m_archiveFolder = m_currentFolder;
+    m_entriesWritten = 0;
     m_search->start();
 }
 
 void CreateArchiveForm::refreshFound()
 {
     const int count = m_finder->count();
+    // The archive takes the entries as they come, like the list: little is left to write once
+    // the walk is over. It appears only then.
+    for (; m_entriesWritten < count; ++m_entriesWritten)
+        m_archive->add(m_finder->entry(m_entriesWritten + 1));
     if (count > m_countShown) {
         m_countShown = count;
         setCounter(count);
@@ -342,10 +349,17 @@ void CreateArchiveForm::refreshFound()
 
 bool CreateArchiveForm::writeArchive()
 {
-    ArchiveWriter writer(m_currentFolder, m_name->text());
-    for (int i = 1; i <= m_foundModel->rowCount(); ++i)
-        writer.add(m_finder->entry(i));
-    return writer.commit();
+    // The folder and the name may have been changed during the walk: the archive goes where they
+    // say now.
+    const std::unique_ptr<ArchiveWriter> archive = std::move(m_archive);
+    if (m_currentFolder == m_archiveFolder) {
+        archive->setArchiveName(m_name->text());
+        return archive->commit();
+    }
+    ArchiveWriter elsewhere(m_currentFolder, m_name->text());
+    for (int i = 1; i <= m_finder->count(); ++i)
+        elsewhere.add(m_finder->entry(i));
+    return elsewhere.commit();
 }
 
 void CreateArchiveForm::finishScan()

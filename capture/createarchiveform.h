@@ -6,6 +6,7 @@
 #include <QString>
 #include <memory>
 
+class ArchiveWriter;
 class Clock;
 class DataDirectory;
 class Dialogs;
@@ -81,6 +82,10 @@ private:
     QString m_currentFolder; // full path of the archive folder the archive goes into
     int m_countShown = 0; // the count on the counter
     QElapsedTimer m_listRefreshed;
+    // The archive being written during a scan, into the folder chosen when it began.
+    std::unique_ptr<ArchiveWriter> m_archive;
+    QString m_archiveFolder;
+    int m_entriesWritten = 0;
     bool m_busyCursor = false;
     // The search thread and the found list use the finder: the thread is declared after it so
     // that it ends first; the list only reads the finder while the window shows it.

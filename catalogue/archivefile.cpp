@@ -61,8 +61,14 @@ constexpr qsizetype kWriteBufferSize = 64 * 1024;
 } // namespace
 
 ArchiveWriter::ArchiveWriter(const QString &folderPath, const QString &archiveName)
-    : m_target(QDir(folderPath).filePath(ArchiveFile::fileName(archiveName)))
+    : m_folderPath(folderPath)
+    , m_target(QDir(folderPath).filePath(ArchiveFile::fileName(archiveName)))
 {
+}
+
+void ArchiveWriter::setArchiveName(const QString &archiveName)
+{
+    m_target = QDir(m_folderPath).filePath(ArchiveFile::fileName(archiveName));
 }
 
 ArchiveWriter::~ArchiveWriter() = default; // an uncommitted temporary file removes itself

@@ -45,6 +45,8 @@ public:
     ArchiveWriter &operator=(const ArchiveWriter &) = delete;
 
     void add(QByteArrayView entry);
+    // The archive will take this name in the same folder (the temporary file stays where it is).
+    void setArchiveName(const QString &archiveName);
     // Puts the archive in place, replacing a file of the same name. Returns false, and leaves no
     // file behind and any earlier one as it was, when nothing was added or the file could not be
     // written.
@@ -53,6 +55,7 @@ public:
 private:
     bool flush();
 
+    QString m_folderPath;
     QString m_target;
     std::unique_ptr<QTemporaryFile> m_file;
     QByteArray m_buffer;
