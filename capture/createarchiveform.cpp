@@ -30,6 +30,49 @@ const QString kDriveHint = QStringLiteral(
 const QString kFound = QStringLiteral(" fichiers trouvés");
 constexpr int kMaxNameLength = 8;
 constexpr int kRefreshMs = 5;
+// The found list takes new rows about once a screen frame: each addition lays the list out and
+// repaints its rows (a few milliseconds for long paths), which at every tick kept the window's
+// thread busy and late for the end of the walk.
+constexpr int kListRefreshMs = 20;
+
+// The counter of found entries, whose text changes at every tick of a scan. Sized once for its
+// longest text, it repaints without laying the whole window out again.
+class CounterLabel final : public QLabel
+{
+public:
+    explicit CounterLabel(QWidget *parent)
+        : QLabel(parent)
+    {
+        setAccessibleName(QStringLiteral("Nombre de fichiers trouvés"));
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+        fitLongestText();
+    }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QLabel::changeEvent(event);
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+            fitLongestText();
+    }
+
+private:
+    void fitLongestText()
+    {
+        QChar widest = u'0';
+        for (char16_t digit = u'1'; digit <= u'9'; ++digit) {
+            if (fontMetrics().horizontalAdvance(QChar(digit)) > fontMetrics().horizontalAdvance(widest))
+                widest = QChar(digit);
+        }
+        const QString shown = text();
+        setMinimumSize(0, 0);
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setText(QString(QString::number(FileFinder::kMaxEntries).size(), widest) + kFound);
+        const QSize longest = sizeHint();
+        setText(shown);
+        setFixedSize(longest);
+    }
+};
 
 // The drive whose mount point holds `path` most closely, or an empty name.
 QString driveHolding(const QList<Drive> &drives, const QString &path)
@@ -66,6 +109,9 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
 {
     setObjectName(QStringLiteral("CreateArchiveForm"));
     setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
+    m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
+    m_search = std::make_unique<SearchThread>(*m_finder);
+    connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
     buildControls();
     m_refreshTimer = new QTimer(this);
     m_refreshTimer->setInterval(kRefreshMs);
@@ -81,7 +127,7 @@ CreateArchiveForm::~CreateArchiveForm()
 
 bool CreateArchiveForm::isScanning() const
 {
-    return m_search && m_search->isRunning();
+    return m_search->isRunning();
 }
 
 void CreateArchiveForm::buildControls()
@@ -125,7 +171,7 @@ void CreateArchiveForm::buildControls()
     m_archives->setAccessibleName(QStringLiteral("Supports déjà archivés"));
     archivesLabel->setBuddy(m_archives);
 
-    m_foundModel = new FoundListModel(this);
+    m_foundModel = new FoundListModel(*m_finder, this);
     m_found = new QListView(this);
     m_found->setObjectName(QStringLiteral("found"));
     m_found->setAccessibleName(QStringLiteral("Fichiers trouvés"));
@@ -133,7 +179,7 @@ void CreateArchiveForm::buildControls()
     m_found->setModel(m_foundModel);
     m_found->setMinimumWidth(420);
 
-    m_counter = makeValueLabel(QStringLiteral("Nombre de fichiers trouvés"), this);
+    m_counter = new CounterLabel(this);
     m_counter->setObjectName(QStringLiteral("counter"));
     setCounter(0);
     m_endNotice = new QLabel(QStringLiteral("L'archivage est terminé"), this);
@@ -265,9 +311,9 @@ void CreateArchiveForm::create()
         return;
     }
 
-    m_foundModel->clear();
     setCounter(0);
-    m_shownCount = 0;
+    m_countShown = 0;
+    m_listRefreshed.invalidate(); // the first rows are shown at the first tick
     m_refreshTimer->start();
     if (!m_busyCursor) {
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -275,30 +321,45 @@ void CreateArchiveForm::create()
     }
     m_createButton->setEnabled(false);
 
-    if (!m_finder) {
-        m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
-        m_search = std::make_unique<SearchThread>(*m_finder);
-        connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
-    }
     m_finder->setChemin(drive + QLatin1Char('\\'));
     m_finder->setCriteres(QStringLiteral("*.*"));
+    m_archive = std::make_unique<ArchiveWriter>(m_currentFolder, m_name->text());
+    m_archiveFolder = m_currentFolder;
+    m_entriesWritten = 0;
     m_search->start();
 }
 
 void CreateArchiveForm::refreshFound()
 {
-    if (!m_finder)
-        return;
     const int count = m_finder->count();
-    if (count <= m_shownCount)
-        return;
-    QList<QByteArray> batch;
-    batch.reserve(count - m_shownCount);
-    for (int i = m_shownCount + 1; i <= count; ++i)
-        batch.append(m_finder->Lire_Fichiers(i));
-    m_foundModel->append(batch);
-    m_shownCount = count;
-    setCounter(count);
+    // The archive takes the entries as they come, like the list: little is left to write once
+    // the walk is over. It appears only then.
+    for (; m_entriesWritten < count; ++m_entriesWritten)
+        m_archive->add(m_finder->entry(m_entriesWritten + 1));
+    if (count > m_countShown) {
+        m_countShown = count;
+        setCounter(count);
+    }
+    const bool listDue = !isScanning() || !m_listRefreshed.isValid() || m_listRefreshed.elapsed() >= kListRefreshMs;
+    if (count > m_foundModel->rowCount() && listDue) {
+        m_foundModel->showUpTo(count);
+        m_listRefreshed.start();
+    }
+}
+
+bool CreateArchiveForm::writeArchive()
+{
+    // The folder and the name may have been changed during the walk: the archive goes where they
+    // say now.
+    const std::unique_ptr<ArchiveWriter> archive = std::move(m_archive);
+    if (m_currentFolder == m_archiveFolder) {
+        archive->setArchiveName(m_name->text());
+        return archive->commit();
+    }
+    ArchiveWriter elsewhere(m_currentFolder, m_name->text());
+    for (int i = 1; i <= m_finder->count(); ++i)
+        elsewhere.add(m_finder->entry(i));
+    return elsewhere.commit();
 }
 
 void CreateArchiveForm::finishScan()
@@ -315,8 +376,7 @@ void CreateArchiveForm::finishScan()
 
     // An empty medium writes nothing and says nothing. A file that could not be written is not
     // announced as an archive either.
-    if (m_foundModel->rowCount() > 0
-        && ArchiveFile::write(m_currentFolder, m_name->text(), m_foundModel->entries())) {
+    if (writeArchive()) {
         m_endNotice->show();
         showArchives();
         for (int i = 0; i < 3; ++i)

@@ -2,9 +2,11 @@
 
 #include "formsupport.h"
 
+#include <QElapsedTimer>
 #include <QString>
 #include <memory>
 
+class ArchiveWriter;
 class Clock;
 class DataDirectory;
 class Dialogs;
@@ -52,6 +54,7 @@ private:
     void create();
     void refreshFound();
     void finishScan();
+    bool writeArchive();
     void print();
     void setCounter(int count);
 
@@ -77,9 +80,15 @@ private:
     QTimer *m_refreshTimer = nullptr;
 
     QString m_currentFolder; // full path of the archive folder the archive goes into
-    int m_shownCount = 0;
+    int m_countShown = 0; // the count on the counter
+    QElapsedTimer m_listRefreshed;
+    // The archive being written during a scan, into the folder chosen when it began.
+    std::unique_ptr<ArchiveWriter> m_archive;
+    QString m_archiveFolder;
+    int m_entriesWritten = 0;
     bool m_busyCursor = false;
-    // The search thread uses the finder: it is declared after it so that it ends first.
+    // The search thread and the found list use the finder: the thread is declared after it so
+    // that it ends first; the list only reads the finder while the window shows it.
     std::unique_ptr<FileFinder> m_finder;
     std::unique_ptr<SearchThread> m_search;
 };

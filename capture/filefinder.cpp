@@ -6,8 +6,8 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cstring>
-#include <vector>
 
 FileFinder::FileFinder(Drives &drives, DirectoryLister &lister)
     : m_drives(drives)
@@ -32,8 +32,7 @@ QByteArray FileFinder::Lire_Fichiers(int index) const
 {
     if (index > count() || index < 1)
         return QByteArrayLiteral("-1");
-    const int slot = index - 1;
-    return (*m_chunks[slot / kChunkSize])[slot % kChunkSize];
+    return entry(index).toByteArray();
 }
 
 void FileFinder::Rechercher()
@@ -41,65 +40,65 @@ void FileFinder::Rechercher()
     m_state.store(true, std::memory_order_release);
     m_count.store(0, std::memory_order_release);
     m_running.store(true, std::memory_order_release);
-    m_collecting = true;
     m_patternBytes = Windows1252::encode(m_pattern);
     m_matchesAll = m_patternBytes == "*.*" || m_patternBytes == "*";
+    // The blocks of the last walk are written over from the first.
+    m_block = -1;
+    m_free = m_freeEnd = nullptr;
 
     // "d:\JEUX\" is the directory JEUX at the mount point of drive d:; a drive without a medium
     // (or no drive at all) lists nothing, like a drive that is not ready.
     const std::optional<Drive> drive = m_drives.find(m_root);
     if (drive && !drive->mountPoint.isEmpty()) {
-        const QByteArray archiveRoot = Windows1252::encode(m_root);
-        QByteArray nativeRoot = QFile::encodeName(drive->mountPoint);
-        if (!nativeRoot.endsWith('/'))
-            nativeRoot += '/';
+        m_archivePath = Windows1252::encode(m_root);
+        m_nativePath = QFile::encodeName(drive->mountPoint);
+        if (!m_nativePath.endsWith('/'))
+            m_nativePath += '/';
         const QString below = m_root.mid(3); // after "d:\"
         if (!below.isEmpty())
-            nativeRoot += QFile::encodeName(QString(below).replace(QLatin1Char('\\'), QLatin1Char('/')));
-        walk(nativeRoot, archiveRoot, below.isEmpty());
+            m_nativePath += QFile::encodeName(QString(below).replace(QLatin1Char('\\'), QLatin1Char('/')));
+        walk(0, below.isEmpty());
     }
 
-    m_collecting = false;
     m_running.store(false, std::memory_order_release);
     m_state.store(false, std::memory_order_release);
 }
 
-void FileFinder::walk(const QByteArray &nativePath, const QByteArray &archivePath, bool isRoot)
+void FileFinder::walk(int depth, bool isRoot)
 {
     if (!m_running.load(std::memory_order_acquire))
         return;
+    if (size_t(depth) == m_listings.size())
+        m_listings.emplace_back(); // a deque: the listings of the parents stay where they are
     // One listing serves both the recording of this directory's entries and the choice of the
     // sub-directories to enter.
-    std::vector<DirectoryEntry> entries;
-    if (!m_lister.list(nativePath, isRoot, entries))
+    DirectoryListing &entries = m_listings[size_t(depth)];
+    if (!m_lister.list(m_nativePath, isRoot, entries))
         return;
-
-    std::vector<const DirectoryEntry *> subDirectories;
-    for (const DirectoryEntry &entry : entries) {
-        if (entry.isDirectory && !entry.nativeName.startsWith('.'))
-            subDirectories.push_back(&entry);
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        if (!record(entries.archiveName(i)))
+            return;
     }
-    if (m_collecting) {
-        for (const DirectoryEntry &entry : entries) {
-            if (!record(archivePath, entry.archiveName))
-                return;
-        }
-    }
-    for (const DirectoryEntry *sub : subDirectories) {
+    const qsizetype nativeLength = m_nativePath.size();
+    const qsizetype archiveLength = m_archivePath.size();
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        if (!entries.isDirectory(i) || entries.nativeName(i).startsWith('.'))
+            continue;
         if (!m_running.load(std::memory_order_acquire))
             return;
-        walk(nativePath + sub->nativeName + '/', archivePath + sub->archiveName + '\\', false);
+        m_nativePath.append(entries.nativeName(i)).append('/');
+        m_archivePath.append(entries.archiveName(i)).append('\\');
+        walk(depth + 1, false);
+        m_nativePath.truncate(nativeLength);
+        m_archivePath.truncate(archiveLength);
     }
 }
 
-bool FileFinder::record(const QByteArray &archivePath, const QByteArray &name)
+bool FileFinder::record(QByteArrayView name)
 {
     if (!m_running.load(std::memory_order_relaxed))
         return false;
-    // A name is cut at its first NUL, as the system's listing would give it.
-    const qsizetype nul = name.indexOf('\0');
-    const QByteArrayView cut = nul < 0 ? QByteArrayView(name) : QByteArrayView(name).first(nul);
-    if (!m_matchesAll && !matchesWildcard(m_patternBytes, cut))
+    if (!m_matchesAll && !matchesWildcard(m_patternBytes, name))
         return true;
 
     const int count = m_count.load(std::memory_order_relaxed);
@@ -109,15 +108,35 @@ bool FileFinder::record(const QByteArray &archivePath, const QByteArray &name)
         m_running.store(false, std::memory_order_release);
         return false;
     }
-    auto &chunk = m_chunks[count / kChunkSize];
+    auto &chunk = m_chunks[size_t(count) / kChunkSize];
     if (!chunk)
-        chunk = std::make_unique<Chunk>();
-    QByteArray path(archivePath.size() + cut.size(), Qt::Uninitialized);
-    std::memcpy(path.data(), archivePath.constData(), size_t(archivePath.size()));
-    std::memcpy(path.data() + archivePath.size(), cut.data(), size_t(cut.size()));
-    (*chunk)[count % kChunkSize] = std::move(path);
+        chunk = std::make_unique_for_overwrite<Slot[]>(kChunkSize);
+    const qsizetype size = m_archivePath.size() + name.size();
+    char *path = room(size);
+    std::memcpy(path, m_archivePath.constData(), size_t(m_archivePath.size()));
+    std::memcpy(path + m_archivePath.size(), name.data(), size_t(name.size()));
+    chunk[size_t(count) % kChunkSize] = {path, size};
     m_count.store(count + 1, std::memory_order_release);
     return true;
+}
+
+char *FileFinder::room(qsizetype size)
+{
+    if (m_freeEnd - m_free < size) {
+        // The next block, kept from an earlier walk or new; a path longer than a block (deeper
+        // than any real medium) gets one of its own.
+        ++m_block;
+        if (size_t(m_block) == m_blocks.size() || m_blocks[size_t(m_block)].size < size) {
+            const qsizetype blockSize = std::max(size, kBlockSize);
+            m_blocks.insert(m_blocks.begin() + m_block,
+                            Block{std::make_unique_for_overwrite<char[]>(size_t(blockSize)), blockSize});
+        }
+        m_free = m_blocks[size_t(m_block)].data.get();
+        m_freeEnd = m_free + m_blocks[size_t(m_block)].size;
+    }
+    char *at = m_free;
+    m_free += size;
+    return at;
 }
 
 bool matchesWildcard(QByteArrayView pattern, QByteArrayView name)

@@ -1,13 +1,17 @@
 #pragma once
 
+#include "directorylister.h"
+
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <array>
 #include <atomic>
+#include <deque>
 #include <memory>
+#include <vector>
 
-class DirectoryLister;
 class Drives;
 
 // Walks a medium from a drive's root and records the full path of every entry in the catalogue's
@@ -56,14 +60,33 @@ public:
 
     // The path recorded at `index` (from 1 to the count); "-1" past the count.
     QByteArray Lire_Fichiers(int index) const;
+    // The same without a copy, for an index from 1 to the count: valid until the next Rechercher()
+    // or the finder's end.
+    QByteArrayView entry(int index) const
+    {
+        const Slot &slot = m_chunks[size_t(index - 1) / kChunkSize][size_t(index - 1) % kChunkSize];
+        return {slot.data, slot.size};
+    }
 
 private:
+    // Recorded paths are written one after the other into large blocks, and each slot points at
+    // one: neither ever moves while the walk appends, so readers need no lock.
     static constexpr int kChunkSize = 1024;
-    using Chunk = std::array<QByteArray, kChunkSize>;
+    static constexpr qsizetype kBlockSize = 256 * 1024;
+    struct Slot
+    {
+        const char *data;
+        qsizetype size;
+    };
+    struct Block
+    {
+        std::unique_ptr<char[]> data;
+        qsizetype size;
+    };
 
-    void walk(const QByteArray &nativePath, const QByteArray &archivePath, bool isRoot);
-    bool record(const QByteArray &archivePath, const QByteArray &name);
-    bool matches(const QByteArray &name) const;
+    void walk(int depth, bool isRoot);
+    bool record(QByteArrayView name);
+    char *room(qsizetype size);
 
     Drives &m_drives;
     DirectoryLister &m_lister;
@@ -71,12 +94,19 @@ private:
     QString m_pattern;
     QByteArray m_patternBytes; // the pattern in Windows-1252, as names are
     bool m_matchesAll = true;
-    bool m_collecting = false;
     std::atomic<bool> m_state{false};
     std::atomic<bool> m_running{false};
     std::atomic<int> m_count{0};
-    // Fixed slots, allocated a chunk at a time: appending never moves what readers may be reading.
-    std::array<std::unique_ptr<Chunk>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
+    // Fixed slots, allocated a chunk at a time and kept for the next walks, like the blocks.
+    std::array<std::unique_ptr<Slot[]>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
+    std::vector<Block> m_blocks;
+    qsizetype m_block = -1; // the block being filled
+    char *m_free = nullptr;
+    char *m_freeEnd = nullptr;
+    // The directory being read and its parents: one listing per depth, kept from walk to walk.
+    QByteArray m_nativePath;
+    QByteArray m_archivePath;
+    std::deque<DirectoryListing> m_listings;
 };
 
 // Whether `name` (Windows-1252) matches a wild-card pattern as a directory listing would:

@@ -1,28 +1,34 @@
 #pragma once
 
 #include <QAbstractListModel>
-#include <QByteArray>
-#include <QList>
 #include <QStringList>
 
-// The entries found on a medium, as catalogue lines (Windows-1252), shown as text. Rows are only
-// ever appended in batches or cleared, so a view of 32,767 rows stays quick.
+class FileFinder;
+
+// The entries a walk has found, shown as text: the first rows of the finder's results, read where
+// the finder keeps them. Rows are only ever appended in batches, as the walk's count grows, or
+// cleared, so a view of 32,767 rows stays quick. The finder must not start a new walk while rows
+// are shown: clear() first.
 class FoundListModel final : public QAbstractListModel
 {
     Q_OBJECT
 
 public:
-    using QAbstractListModel::QAbstractListModel;
+    explicit FoundListModel(const FileFinder &finder, QObject *parent = nullptr);
 
+    // The list view asks for an index per row at every layout: made here without the checks
+    // through virtual calls of the base class.
+    QModelIndex index(int row, int column = 0, const QModelIndex &parent = {}) const override;
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
-    void append(const QList<QByteArray> &rows);
+    // Shows the finder's entries up to `count`, a count the finder has published.
+    void showUpTo(int count);
     void clear();
 
-    const QList<QByteArray> &entries() const { return m_rows; }
     QStringList texts() const;
 
 private:
-    QList<QByteArray> m_rows;
+    const FileFinder &m_finder;
+    int m_rows = 0;
 };

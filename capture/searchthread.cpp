@@ -2,8 +2,6 @@
 
 #include "filefinder.h"
 
-#include <QThread>
-
 SearchThread::SearchThread(FileFinder &finder, QObject *parent)
     : QObject(parent)
     , m_finder(finder)
@@ -12,27 +10,53 @@ SearchThread::SearchThread(FileFinder &finder, QObject *parent)
 
 SearchThread::~SearchThread()
 {
-    if (m_thread) {
-        m_finder.Annuler();
-        m_thread->wait();
-        delete m_thread;
+    if (!m_worker.joinable())
+        return;
+    m_finder.Annuler();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_quit = true;
     }
+    m_wake.notify_one();
+    m_worker.join(); // after the walk the worker was running, if any
+    if (m_running)
+        m_finder.setState(false); // a walk asked for, cancelled before it began
 }
 
 void SearchThread::start()
 {
-    if (m_thread)
+    if (m_running)
         return;
+    m_running = true;
     m_finder.setState(true);
-    m_thread = QThread::create([this] { m_finder.Rechercher(); });
-    connect(m_thread, &QThread::finished, this, &SearchThread::threadFinished, Qt::QueuedConnection);
-    m_thread->start();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_walkAsked = true;
+    }
+    if (m_worker.joinable())
+        m_wake.notify_one();
+    else
+        m_worker = std::thread([this] { serve(); });
 }
 
-void SearchThread::threadFinished()
+void SearchThread::serve()
 {
-    m_thread->wait();
-    delete m_thread;
-    m_thread = nullptr;
-    emit finished();
+    for (;;) {
+        {
+            std::unique_lock lock(m_mutex);
+            m_wake.wait(lock, [this] { return m_walkAsked || m_quit; });
+            if (m_quit)
+                return;
+            m_walkAsked = false;
+        }
+        m_finder.Rechercher();
+        // Dropped if this object is gone by then.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_running = false;
+                emit finished();
+            },
+            Qt::QueuedConnection);
+    }
 }

@@ -2,13 +2,17 @@
 
 #include <QObject>
 
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 class FileFinder;
-class QThread;
 
 // Runs a finder's Rechercher() on a worker thread. The finder's State() is true as soon as
 // start() returns and until the walk is over, so a caller may wait on it as on a walk in its own
 // thread; finished() arrives in the thread that owns this object once the walk has returned.
-// Destroying a running search cancels the walk and waits for it.
+// The worker is made at the first start() and waits for the next one (waking it costs less than
+// making a thread). Destroying a running search cancels the walk and waits for it.
 class SearchThread : public QObject
 {
     Q_OBJECT
@@ -19,14 +23,19 @@ public:
 
     // Starts a walk; does nothing while one runs.
     void start();
-    bool isRunning() const { return m_thread != nullptr; }
+    bool isRunning() const { return m_running; }
 
 signals:
     void finished();
 
 private:
-    void threadFinished();
+    void serve();
 
     FileFinder &m_finder;
-    QThread *m_thread = nullptr;
+    bool m_running = false; // in the owner's thread: from start() to finished()
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_walkAsked = false; // guarded by m_mutex
+    bool m_quit = false;      // guarded by m_mutex
+    std::thread m_worker;
 };

@@ -7,7 +7,6 @@
 #include <QTemporaryFile>
 
 #include <cstdio>
-
 #include <cstring>
 
 namespace ArchiveFile {
@@ -36,26 +35,10 @@ QString fileName(const QString &archiveName)
 
 bool write(const QString &folderPath, const QString &archiveName, const QList<QByteArray> &entries)
 {
-    if (entries.isEmpty())
-        return false;
-    const QString target = QDir(folderPath).filePath(fileName(archiveName));
-    // Written beside the target under a name that is no archive, then renamed over it: readers
-    // see the old catalogue or the whole new one, never a part. Unlike QSaveFile this does not
-    // wait for the disk (fsync): a catalogue lost to a power cut is made again from its disc.
-    QTemporaryFile temporary(target + QStringLiteral(".XXXXXX"));
-    if (!temporary.open())
-        return false;
-    const QByteArray bytes = encode(entries);
-    if (temporary.write(bytes) != bytes.size() || !temporary.flush())
-        return false;
-    const QFileInfo existing(target);
-    temporary.setPermissions(existing.exists() ? existing.permissions()
-                                               : QFileDevice::ReadOwner | QFileDevice::WriteOwner
-                                                     | QFileDevice::ReadGroup | QFileDevice::ReadOther);
-    if (::rename(QFile::encodeName(temporary.fileName()).constData(), QFile::encodeName(target).constData()) != 0)
-        return false;
-    temporary.setAutoRemove(false); // it is the archive now
-    return true;
+    ArchiveWriter writer(folderPath, archiveName);
+    for (const QByteArray &entry : entries)
+        writer.add(entry);
+    return writer.commit();
 }
 
 QStringList list(const QString &folderPath)
@@ -71,6 +54,77 @@ QStringList list(const QString &folderPath)
 }
 
 } // namespace ArchiveFile
+
+namespace {
+// Large enough for few writes, small enough to stay in the cache.
+constexpr qsizetype kWriteBufferSize = 64 * 1024;
+} // namespace
+
+ArchiveWriter::ArchiveWriter(const QString &folderPath, const QString &archiveName)
+    : m_folderPath(folderPath)
+    , m_target(QDir(folderPath).filePath(ArchiveFile::fileName(archiveName)))
+{
+}
+
+void ArchiveWriter::setArchiveName(const QString &archiveName)
+{
+    m_target = QDir(m_folderPath).filePath(ArchiveFile::fileName(archiveName));
+}
+
+ArchiveWriter::~ArchiveWriter() = default; // an uncommitted temporary file removes itself
+
+void ArchiveWriter::add(QByteArrayView entry)
+{
+    if (m_failed)
+        return;
+    if (!m_file) {
+        // Written beside the target under a name that is no archive, then renamed over it:
+        // readers see the old catalogue or the whole new one, never a part. Unlike QSaveFile
+        // this does not wait for the disk (fsync): a catalogue lost to a power cut is made
+        // again from its disc.
+        m_file = std::make_unique<QTemporaryFile>(m_target + QStringLiteral(".XXXXXX"));
+        if (!m_file->open()) {
+            m_failed = true;
+            return;
+        }
+        m_buffer.resize(kWriteBufferSize);
+    }
+    const qsizetype line = entry.size() + 4;
+    if (m_used + line > m_buffer.size()) {
+        if (!flush())
+            return;
+        if (line > m_buffer.size())
+            m_buffer.resize(line);
+    }
+    char *next = m_buffer.data() + m_used;
+    *next++ = '"';
+    std::memcpy(next, entry.data(), size_t(entry.size()));
+    std::memcpy(next + entry.size(), "\"\r\n", 3);
+    m_used += line;
+}
+
+bool ArchiveWriter::flush()
+{
+    if (m_file->write(m_buffer.constData(), m_used) != m_used)
+        m_failed = true;
+    m_used = 0;
+    return !m_failed;
+}
+
+bool ArchiveWriter::commit()
+{
+    if (!m_file || m_failed || !flush() || !m_file->flush())
+        return false;
+    const QFileInfo existing(m_target);
+    m_file->setPermissions(existing.exists() ? existing.permissions()
+                                             : QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                                   | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    if (::rename(QFile::encodeName(m_file->fileName()).constData(), QFile::encodeName(m_target).constData()) != 0)
+        return false;
+    m_file->setAutoRemove(false); // it is the archive now
+    m_file.reset();
+    return true;
+}
 
 bool ArchiveReader::next(QByteArrayView &line)
 {

@@ -6,6 +6,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
+class QTemporaryFile;
+
 // An archive file is the catalogue of one medium: NAME.lst in an archive folder, one entry a line,
 // each line a double quote, the entry's full path ("d:\JEUX\CASSE.EXE"), a double quote and CR LF,
 // in Windows-1252. No header, no trailer: the number of entries is the number of lines.
@@ -28,6 +32,36 @@ bool write(const QString &folderPath, const QString &archiveName, const QList<QB
 QStringList list(const QString &folderPath);
 
 } // namespace ArchiveFile
+
+// Writes an archive entry by entry, for entries held elsewhere (a walk's results): each is copied
+// only into a small buffer on its way to the file. Like ArchiveFile::write(), the archive appears
+// at commit(), whole, or not at all.
+class ArchiveWriter
+{
+public:
+    ArchiveWriter(const QString &folderPath, const QString &archiveName);
+    ~ArchiveWriter();
+    ArchiveWriter(const ArchiveWriter &) = delete;
+    ArchiveWriter &operator=(const ArchiveWriter &) = delete;
+
+    void add(QByteArrayView entry);
+    // The archive will take this name in the same folder (the temporary file stays where it is).
+    void setArchiveName(const QString &archiveName);
+    // Puts the archive in place, replacing a file of the same name. Returns false, and leaves no
+    // file behind and any earlier one as it was, when nothing was added or the file could not be
+    // written.
+    bool commit();
+
+private:
+    bool flush();
+
+    QString m_folderPath;
+    QString m_target;
+    std::unique_ptr<QTemporaryFile> m_file;
+    QByteArray m_buffer;
+    qsizetype m_used = 0;
+    bool m_failed = false;
+};
 
 // Takes an archive's bytes line by line, each line whole and as it stands (quotes included).
 // Lines end with CR LF or a bare LF; the last line may lack its end. Any byte is accepted,

@@ -3,18 +3,67 @@
 #include "windows1252.h"
 
 #include <algorithm>
+#include <cstring>
 
-bool directoryEntryLess(const DirectoryEntry &a, const DirectoryEntry &b)
+void DirectoryListing::clear()
 {
-    const unsigned char *upper = Windows1252::upperTable();
-    const qsizetype n = std::min(a.archiveName.size(), b.archiveName.size());
-    for (qsizetype i = 0; i < n; ++i) {
-        const unsigned char ca = upper[static_cast<unsigned char>(a.archiveName[i])];
-        const unsigned char cb = upper[static_cast<unsigned char>(b.archiveName[i])];
-        if (ca != cb)
-            return ca < cb;
+    m_namesSize = 0;
+    m_entries.clear();
+}
+
+void DirectoryListing::add(QByteArrayView nativeName, bool isDirectory)
+{
+    const size_t at = m_namesSize;
+    const size_t length = size_t(nativeName.size());
+    // The catalogue name is never longer than the native one: room for both.
+    if (at + 2 * length > m_namesCapacity) {
+        const size_t capacity = std::max<size_t>(2 * (at + 2 * length), 4096);
+        auto names = std::make_unique_for_overwrite<char[]>(capacity);
+        std::memcpy(names.get(), m_names.get(), at);
+        m_names = std::move(names);
+        m_namesCapacity = capacity;
     }
-    if (a.archiveName.size() != b.archiveName.size())
-        return a.archiveName.size() < b.archiveName.size();
-    return a.nativeName < b.nativeName;
+    char *native = m_names.get() + at;
+    std::memcpy(native, nativeName.data(), length);
+    char *archive = native + length;
+    const size_t archiveLength = size_t(Windows1252::fromNativeFileName(nativeName, archive) - archive);
+    m_namesSize = at + length + archiveLength;
+
+    std::uint64_t key = 0;
+    for (size_t k = 0; k < std::min<size_t>(archiveLength, 8); ++k)
+        key |= std::uint64_t(Windows1252::kUpper[static_cast<unsigned char>(archive[k])]) << (56 - 8 * k);
+    m_entries.push_back({key, {std::uint32_t(at), std::uint32_t(length)},
+                         {std::uint32_t(at + length), std::uint32_t(archiveLength)}, isDirectory});
+}
+
+void DirectoryListing::addDots()
+{
+    add(".", true);
+    add("..", true);
+}
+
+bool DirectoryListing::less(const Entry &a, const Entry &b) const
+{
+    if (a.key != b.key)
+        return a.key < b.key;
+    // Equal keys: the names agree on their first eight bytes ignoring case, or are equally short.
+    const QByteArrayView x = name(a.archive), y = name(b.archive);
+    const qsizetype common = std::min(x.size(), y.size());
+    for (qsizetype i = 8; i < common; ++i) {
+        const unsigned char cx = Windows1252::kUpper[static_cast<unsigned char>(x[i])];
+        const unsigned char cy = Windows1252::kUpper[static_cast<unsigned char>(y[i])];
+        if (cx != cy)
+            return cx < cy;
+    }
+    if (x.size() != y.size())
+        return x.size() < y.size();
+    const QByteArrayView nx = name(a.native), ny = name(b.native);
+    const int bytes = std::memcmp(nx.data(), ny.data(), size_t(std::min(nx.size(), ny.size())));
+    return bytes != 0 ? bytes < 0 : nx.size() < ny.size();
+}
+
+void DirectoryListing::sortFrom(qsizetype first)
+{
+    std::sort(m_entries.begin() + first, m_entries.end(),
+              [this](const Entry &a, const Entry &b) { return less(a, b); });
 }

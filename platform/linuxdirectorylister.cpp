@@ -1,8 +1,5 @@
 #include "linuxdirectorylister.h"
 
-#include "windows1252.h"
-
-#include <algorithm>
 #include <cstring>
 
 #include <dirent.h>
@@ -23,27 +20,17 @@ struct LinuxDirent
     char d_name[1];
 };
 
-// ASCII without CR, LF or '"': the same bytes in Windows-1252.
-bool isPlainName(const QByteArray &name)
-{
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80 || c == '\r' || c == '\n' || c == '"')
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
-bool LinuxDirectoryLister::list(const QByteArray &nativePath, bool isRoot,
-                                std::vector<DirectoryEntry> &entries)
+bool LinuxDirectoryLister::list(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries)
 {
     entries.clear();
-    entries.reserve(64);
     const int fd = ::open(nativePath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return false;
+    if (!isRoot)
+        entries.addDots();
+    const qsizetype firstName = entries.size();
     // getdents64 on the descriptor itself: one read per block of entries, none of the extra
     // calls of opendir.
     alignas(8) char buffer[32768];
@@ -64,18 +51,10 @@ bool LinuxDirectoryLister::list(const QByteArray &nativePath, bool isRoot,
                 struct stat st;
                 isDirectory = ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
             }
-            QByteArray nativeName(name, qsizetype(std::strlen(name)));
-            // Most names are plain ASCII and are their own catalogue name: one buffer serves both.
-            QByteArray archiveName = isPlainName(nativeName) ? nativeName : Windows1252::fromNativeFileName(nativeName);
-            entries.push_back({std::move(nativeName), std::move(archiveName), isDirectory});
+            entries.add(QByteArrayView(name, qsizetype(std::strlen(name))), isDirectory);
         }
     }
     ::close(fd);
-
-    std::sort(entries.begin(), entries.end(), directoryEntryLess);
-    if (!isRoot) {
-        entries.insert(entries.begin(), {DirectoryEntry{QByteArrayLiteral("."), QByteArrayLiteral("."), true},
-                                         DirectoryEntry{QByteArrayLiteral(".."), QByteArrayLiteral(".."), true}});
-    }
+    entries.sortFrom(firstName);
     return true;
 }

@@ -8,6 +8,5 @@
 class LinuxDirectoryLister final : public DirectoryLister
 {
 public:
-    bool list(const QByteArray &nativePath, bool isRoot,
-              std::vector<DirectoryEntry> &entries) override;
+    bool list(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries) override;
 };

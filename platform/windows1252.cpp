@@ -1,6 +1,8 @@
 #include "windows1252.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -13,6 +15,27 @@ constexpr std::array<char16_t, 32> kHighControls = {
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
+// ASCII as one catalogue line holds it: CR, LF and '"' become '?'.
+constexpr std::array<char, 128> kAsciiLine = [] {
+    std::array<char, 128> table{};
+    for (int i = 0; i < 128; ++i)
+        table[i] = char(i);
+    table['\r'] = table['\n'] = table['"'] = '?';
+    return table;
+}();
+
+// Whether the eight bytes at `bytes` are ASCII from the blank up, '"' excepted: bytes that are
+// their own catalogue line. Each test sets a byte's high bit: the byte's own (not ASCII), the byte
+// less 0x20 (a control character), the byte xor '"' less one (the quote). A borrow can only follow
+// a byte already caught, so the answer is exact.
+bool isPlainAscii(const unsigned char *bytes)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101, highBits = 0x8080808080808080;
+    std::uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    return ((word | (word - ones * 0x20) | ((word ^ ones * '"') - ones)) & highBits) == 0;
+}
+
 char encodeOne(char16_t u)
 {
     if (u < 0x80 || (u >= 0xA0 && u <= 0xFF))
@@ -22,24 +45,6 @@ char encodeOne(char16_t u)
             return char(0x80 + i);
     }
     return '?';
-}
-
-std::array<unsigned char, 256> makeUpperTable()
-{
-    std::array<unsigned char, 256> table{};
-    for (int i = 0; i < 256; ++i)
-        table[i] = static_cast<unsigned char>(i);
-    for (int c = 'a'; c <= 'z'; ++c)
-        table[c] = static_cast<unsigned char>(c - 32);
-    for (int c = 0xE0; c <= 0xFE; ++c) {
-        if (c != 0xF7) // division sign
-            table[c] = static_cast<unsigned char>(c - 32);
-    }
-    table[0x9A] = 0x8A; // š
-    table[0x9C] = 0x8C; // œ
-    table[0x9E] = 0x8E; // ž
-    table[0xFF] = 0x9F; // ÿ
-    return table;
 }
 
 } // namespace
@@ -71,12 +76,6 @@ QString decode(QByteArrayView bytes)
     return out;
 }
 
-const unsigned char *upperTable()
-{
-    static const std::array<unsigned char, 256> table = makeUpperTable();
-    return table.data();
-}
-
 QByteArray toUpper(QByteArrayView bytes)
 {
     QByteArray out(bytes.size(), Qt::Uninitialized);
@@ -88,44 +87,49 @@ QByteArray toUpper(QByteArrayView bytes)
 
 QByteArray fromNativeFileName(QByteArrayView nativeName)
 {
+    QByteArray out(nativeName.size(), Qt::Uninitialized);
+    out.truncate(fromNativeFileName(nativeName, out.data()) - out.constData());
+    return out;
+}
+
+char *fromNativeFileName(QByteArrayView nativeName, char *next)
+{
     // File names are UTF-8 here. They are decoded straight into the code page, without a QString
     // on the way: a medium has tens of thousands of names. Each malformed byte gives one '?'.
     const auto *in = reinterpret_cast<const unsigned char *>(nativeName.data());
     const qsizetype size = nativeName.size();
-    QByteArray out(size, Qt::Uninitialized);
-    char *next = out.data();
     for (qsizetype i = 0; i < size;) {
+        // Most bytes are ASCII, the same in the code page: eight at a time while none needs a
+        // look, then one by one up to the next byte that is not ASCII.
+        while (i + 8 <= size && isPlainAscii(in + i)) {
+            std::memcpy(next, in + i, 8);
+            next += 8;
+            i += 8;
+        }
+        while (i < size && in[i] < 0x80)
+            *next++ = kAsciiLine[in[i++]];
+        if (i == size)
+            break;
         const unsigned char lead = in[i];
-        char32_t code = lead;
-        int length = 1;
-        if (lead >= 0x80) {
-            length = lead >= 0xF0 && lead <= 0xF4 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 && lead <= 0xDF ? 2 : 0;
-            if (length == 0 || i + length > size) {
-                length = 1;
-                code = 0xFFFD;
-            } else {
-                code = lead & (0x7F >> length);
-                for (int k = 1; k < length; ++k) {
-                    if ((in[i + k] & 0xC0) != 0x80) {
-                        code = 0xFFFD;
-                        length = 1;
-                        break;
-                    }
-                    code = (code << 6) | (in[i + k] & 0x3F);
-                }
-                const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
-                if (overlong || (code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF) {
-                    code = 0xFFFD;
-                    length = 1;
-                }
+        const int length = lead >= 0xF0 && lead <= 0xF4 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 && lead <= 0xDF ? 2 : 0;
+        char32_t code = 0xFFFD;
+        int used = 1;
+        if (length != 0 && i + length <= size) {
+            char32_t decoded = lead & (0x7F >> length);
+            int k = 1;
+            for (; k < length && (in[i + k] & 0xC0) == 0x80; ++k)
+                decoded = (decoded << 6) | (in[i + k] & 0x3F);
+            const bool overlong = (length == 3 && decoded < 0x800) || (length == 4 && decoded < 0x10000);
+            if (k == length && !overlong && (decoded < 0xD800 || decoded > 0xDFFF) && decoded <= 0x10FFFF) {
+                code = decoded;
+                used = length;
             }
         }
-        const char byte = code > 0xFFFF ? '?' : encodeOne(char16_t(code));
-        *next++ = (byte == '\r' || byte == '\n' || byte == '"') ? '?' : byte;
-        i += length;
+        // Above 0x9F the only line breakers are ASCII, which never come this way.
+        *next++ = code > 0xFFFF ? '?' : encodeOne(char16_t(code));
+        i += used;
     }
-    out.truncate(next - out.constData());
-    return out;
+    return next;
 }
 
 } // namespace Windows1252

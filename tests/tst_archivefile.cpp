@@ -39,6 +39,23 @@ private slots:
         QCOMPARE(readFile(dir.filePath(QStringLiteral("OLD.lst"))), QByteArray("\"d:\\A\"\r\n"));
     }
 
+    void largeArchivesAreWrittenWholeAcrossWriteBuffers()
+    {
+        // Lines that cross the writer's buffer, and one longer than the buffer itself.
+        QList<QByteArray> entries;
+        for (int i = 0; i < 5000; ++i)
+            entries.append("d:\\DOSSIER " + QByteArray::number(i) + '\\' + QByteArray(i % 97, char('A' + i % 26)));
+        entries.insert(2500, "d:\\" + QByteArray(200 * 1024, 'L'));
+        QTemporaryDir dir;
+        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("GROS"), entries));
+        QCOMPARE(readFile(dir.filePath(QStringLiteral("GROS.lst"))), ArchiveFile::encode(entries));
+
+        // A writer given nothing leaves no file, even a temporary one.
+        ArchiveWriter writer(dir.path(), QStringLiteral("RIEN"));
+        QVERIFY(!writer.commit());
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("GROS.lst")});
+    }
+
     void existingArchiveIsReplacedWhole()
     {
         QTemporaryDir dir;

@@ -202,6 +202,57 @@ private slots:
         QVERIFY(!QFile::exists(f.archive(u"Divers"_qs, u"CD1.lst"_qs)));
     }
 
+    void theArchiveGoesWhereTheFolderAndNameSayWhenTheWalkEnds_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("same folder, another name") << u"Divers"_qs;
+        QTest::newRow("another folder and name") << u"Photos"_qs;
+    }
+
+    // The archive is written while the walk runs; a folder or a name chosen meanwhile still
+    // decides where it goes.
+    void theArchiveGoesWhereTheFolderAndNameSayWhenTheWalkEnds()
+    {
+        QFETCH(QString, folder);
+        Fixture f;
+        f.fakes.directoryLister.set("/cd/", {{"A", true}, {"B", true}, {"C.TXT"}});
+        f.fakes.directoryLister.set("/cd/A/", {{"X.TXT"}});
+        f.fakes.directoryLister.set("/cd/B/", {{"Y.TXT"}});
+        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(30); };
+        QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"FIRST"_qs);
+        QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
+        QTRY_VERIFY(f.window().findChild<QLabel *>(u"counter"_qs)->text() != u"0 fichiers trouvés"_qs);
+        auto *folders = f.child<QListWidget>(u"folders"_qs);
+        folders->setCurrentRow(int(f.data.archiveFolders().indexOf(folder)));
+        f.child<QLineEdit>(u"name"_qs)->setText(u"LATER"_qs);
+        QVERIFY(finished.wait(10000));
+
+        QCOMPARE(TestSupport::readFile(f.archive(folder, u"LATER.lst"_qs)),
+                 QByteArray("\"e:\\A\"\r\n\"e:\\B\"\r\n\"e:\\C.TXT\"\r\n\"e:\\A\\.\"\r\n\"e:\\A\\..\"\r\n"
+                            "\"e:\\A\\X.TXT\"\r\n\"e:\\B\\.\"\r\n\"e:\\B\\..\"\r\n\"e:\\B\\Y.TXT\"\r\n"));
+        for (const QString &name : f.data.archiveFolders())
+            QCOMPARE(QDir(f.data.folderPath(name)).entryList(QDir::Files),
+                     name == folder ? QStringList{u"LATER.lst"_qs} : QStringList());
+        QVERIFY(f.noticeShown());
+    }
+
+    void aWindowClosedDuringTheWalkLeavesNoFile()
+    {
+        Fixture f;
+        QList<Item> root;
+        for (int d = 0; d < 20; ++d)
+            root.append({"D" + QByteArray::number(d), true});
+        f.fakes.directoryLister.set("/cd/", root);
+        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(10); };
+        QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"COUPE"_qs);
+        QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
+        QTRY_VERIFY(f.window().findChild<QLabel *>(u"counter"_qs)->text() != u"0 fichiers trouvés"_qs);
+        QVERIFY(f.window().isScanning());
+        f.form.reset();
+        QVERIFY(QDir(f.data.folderPath(u"Divers"_qs)).entryList(QDir::Files).isEmpty());
+    }
+
     void anEmptyMediumWritesNothing()
     {
         Fixture f;

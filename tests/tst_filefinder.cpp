@@ -47,7 +47,7 @@ FakeDrives cdAt(const QString &mountPoint)
 class RemovingLister final : public DirectoryLister
 {
 public:
-    bool list(const QByteArray &path, bool isRoot, std::vector<DirectoryEntry> &entries) override
+    bool list(const QByteArray &path, bool isRoot, DirectoryListing &entries) override
     {
         const bool ok = real.list(path, isRoot, entries);
         if (isRoot)
@@ -226,6 +226,34 @@ private slots:
         QVERIFY(matchesWildcard("*A*B", "xxAyyB"));
         QVERIFY(!matchesWildcard("*A*B", "xxAyyBz"));
         QVERIFY(matchesWildcard("\xC9T\xC9*", "\xE9t\xE9.doc")); // ÉTÉ* matches été.doc
+    }
+
+    void laterWalksWriteOverTheFirstOnesPaths()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        QList<Item> files;
+        for (int i = 0; i < 3000; ++i)
+            files.append({QByteArray(100, 'f') + QByteArray::number(i)});
+        const QHash<QByteArray, QList<Item>> large = {{"/cd/", files + QList<Item>{{"SUB", true}}}, {"/cd/SUB/", files}};
+        lister.listings = large;
+        FileFinder finder(drives, lister);
+        search(finder);
+        const QList<QByteArray> first = results(finder);
+        QCOMPARE(first.size(), 6003);
+        QCOMPARE(first[3003], "d:\\SUB\\" + files[0].name);
+
+        // A name longer than any real one, whose paths outgrow the finder's blocks.
+        const QByteArray huge(300 * 1024, 'H');
+        lister.listings = {{"/cd/", {{"A"}, {huge, true}, {"Z"}}}, {"/cd/" + huge + "/", {{"IN"}}}};
+        finder.Rechercher();
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\A", "d:\\" + huge, "d:\\Z", "d:\\" + huge + "\\.",
+                                                     "d:\\" + huge + "\\..", "d:\\" + huge + "\\IN"}));
+
+        lister.listings = large;
+        finder.Rechercher();
+        QCOMPARE(results(finder), first);
+        QCOMPARE(finder.entry(6003), QByteArrayView(first.last()));
     }
 
     void theCountStopsCleanlyAt32767()

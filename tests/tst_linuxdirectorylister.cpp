@@ -1,21 +1,25 @@
 #include "linuxdirectorylister.h"
 #include "testsupport.h"
+#include "windows1252.h"
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-QStringList names(const std::vector<DirectoryEntry> &entries)
+QStringList names(const DirectoryListing &entries)
 {
     QStringList out;
-    for (const DirectoryEntry &entry : entries)
-        out.append(QString::fromLatin1(entry.archiveName) + (entry.isDirectory ? u"/"_qs : QString()));
+    for (qsizetype i = 0; i < entries.size(); ++i)
+        out.append(QString::fromLatin1(entries.archiveName(i)) + (entries.isDirectory(i) ? u"/"_qs : QString()));
     return out;
 }
 
@@ -36,7 +40,7 @@ private slots:
         QVERIFY(root.mkdir(u".cache"_qs));
 
         LinuxDirectoryLister lister;
-        std::vector<DirectoryEntry> entries;
+        DirectoryListing entries;
         QVERIFY(lister.list(QFile::encodeName(dir.path()), true, entries));
         QCOMPARE(names(entries), (QStringList{u".cache/"_qs, u"Autorun.inf"_qs, u"B"_qs, u"b"_qs, u"JEUX/"_qs,
                                               u"LISEZMOI.TXT"_qs, u"setup.exe"_qs}));
@@ -53,7 +57,7 @@ private slots:
         QVERIFY(QFile::link(dir.path(), root.filePath(u"loop"_qs)));
         QVERIFY(QFile::link(root.filePath(u"nowhere"_qs), root.filePath(u"dangling"_qs)));
         LinuxDirectoryLister lister;
-        std::vector<DirectoryEntry> entries;
+        DirectoryListing entries;
         QVERIFY(lister.list(QFile::encodeName(dir.path()), true, entries));
         QCOMPARE(names(entries), (QStringList{u"dangling"_qs, u"loop"_qs, u"real/"_qs}));
     }
@@ -69,12 +73,33 @@ private slots:
             ::close(fd);
         }
         LinuxDirectoryLister lister;
-        std::vector<DirectoryEntry> entries;
+        DirectoryListing entries;
         QVERIFY(lister.list(base, true, entries));
         QCOMPARE(names(entries), (QStringList{u"bad?"_qs, QString::fromLatin1("caf\xE9.txt"),
                                               u"say ?hi?"_qs, u"two?lines"_qs}));
-        for (const DirectoryEntry &entry : entries)
-            QVERIFY(odd.contains(entry.nativeName));
+        for (qsizetype i = 0; i < entries.size(); ++i)
+            QVERIFY(odd.contains(entries.nativeName(i).toByteArray()));
+    }
+
+    void orderIsUpperCasedCatalogueNamesThenNativeBytes()
+    {
+        // Names from a few letters, so that many share long beginnings ignoring case; accents in
+        // UTF-8 and a byte that is no UTF-8 at all.
+        const QList<QByteArray> pieces = {"a", "A", "b", "\xC3\xA9", "\xC3\x89", "\xFF"};
+        QRandomGenerator random(42);
+        DirectoryListing listing;
+        QList<std::pair<QByteArray, QByteArray>> expected; // (upper-cased catalogue name, native name)
+        for (int i = 0; i < 3000; ++i) {
+            QByteArray name;
+            for (int length = 1 + int(random.bounded(14)); length > 0; --length)
+                name += pieces[random.bounded(int(pieces.size()))];
+            listing.add(name, false);
+            expected.append({Windows1252::toUpper(Windows1252::fromNativeFileName(name)), name});
+        }
+        listing.sortFrom(0);
+        std::sort(expected.begin(), expected.end());
+        for (qsizetype i = 0; i < listing.size(); ++i)
+            QCOMPARE(listing.nativeName(i).toByteArray(), expected[i].second);
     }
 
     void unreadableDirectoriesGiveNothing()
@@ -82,11 +107,12 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(TestSupport::writeFile(dir.filePath(u"file"_qs), "x"));
         LinuxDirectoryLister lister;
-        std::vector<DirectoryEntry> entries{{"stale", "stale", false}};
+        DirectoryListing entries;
+        entries.add("stale", false);
         QVERIFY(!lister.list(QFile::encodeName(dir.filePath(u"missing"_qs)), false, entries));
-        QVERIFY(entries.empty());
+        QVERIFY(entries.isEmpty());
         QVERIFY(!lister.list(QFile::encodeName(dir.filePath(u"file"_qs)), false, entries));
-        QVERIFY(entries.empty());
+        QVERIFY(entries.isEmpty());
     }
 };
 

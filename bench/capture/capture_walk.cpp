@@ -10,5 +10,5 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "usage: capture_walk TREE FOLDER\n");
         return 2;
     }
-    return walkTree(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2])) > 0 ? 0 : 1;
+    return TreeWalk(QString::fromLocal8Bit(argv[1])).run(QString::fromLocal8Bit(argv[2])) > 0 ? 0 : 1;
 }

@@ -23,19 +23,31 @@ private:
     QString m_root;
 };
 
-// The bare walk: FileFinder over the real Linux listing, then the archive FOLDER/BENCH.lst.
-inline int walkTree(const QString &tree, const QString &folder)
+// The bare walk: FileFinder over the real Linux listing, then the archive FOLDER/BENCH.lst. One
+// walker may walk again, reusing its finder as the creation window does.
+class TreeWalk
 {
-    TreeDrives drives(tree);
-    LinuxDirectoryLister lister;
-    FileFinder finder(drives, lister);
-    finder.setChemin(QStringLiteral("d:"));
-    finder.setCriteres(QStringLiteral("*.*"));
-    finder.Rechercher();
-    QList<QByteArray> entries;
-    entries.reserve(finder.count());
-    for (int i = 1; i <= finder.count(); ++i)
-        entries.append(finder.Lire_Fichiers(i));
-    ArchiveFile::write(folder, QStringLiteral("BENCH"), entries);
-    return finder.count();
-}
+public:
+    explicit TreeWalk(const QString &tree)
+        : m_drives(tree)
+        , m_finder(m_drives, m_lister)
+    {
+        m_finder.setChemin(QStringLiteral("d:"));
+        m_finder.setCriteres(QStringLiteral("*.*"));
+    }
+
+    int run(const QString &folder)
+    {
+        m_finder.Rechercher();
+        ArchiveWriter writer(folder, QStringLiteral("BENCH"));
+        for (int i = 1; i <= m_finder.count(); ++i)
+            writer.add(m_finder.entry(i));
+        writer.commit();
+        return m_finder.count();
+    }
+
+private:
+    TreeDrives m_drives;
+    LinuxDirectoryLister m_lister;
+    FileFinder m_finder;
+};

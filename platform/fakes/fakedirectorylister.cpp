@@ -1,8 +1,6 @@
 #include "fakedirectorylister.h"
 
-#include "windows1252.h"
-
-bool FakeDirectoryLister::list(const QByteArray &nativePath, bool isRoot, std::vector<DirectoryEntry> &entries)
+bool FakeDirectoryLister::list(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries)
 {
     listed.append(nativePath);
     if (onList)
@@ -11,11 +9,12 @@ bool FakeDirectoryLister::list(const QByteArray &nativePath, bool isRoot, std::v
     const auto it = listings.constFind(nativePath);
     if (it == listings.constEnd())
         return false;
-    if (!isRoot) {
-        entries.push_back({QByteArrayLiteral("."), QByteArrayLiteral("."), true});
-        entries.push_back({QByteArrayLiteral(".."), QByteArrayLiteral(".."), true});
+    if (!isRoot)
+        entries.addDots();
+    for (const Item &item : *it) {
+        // A name ends at its first NUL, as a real listing gives it.
+        const qsizetype nul = item.name.indexOf('\0');
+        entries.add(nul < 0 ? QByteArrayView(item.name) : QByteArrayView(item.name).first(nul), item.isDirectory);
     }
-    for (const Item &item : *it)
-        entries.push_back({item.name, Windows1252::fromNativeFileName(item.name), item.isDirectory});
     return true;
 }

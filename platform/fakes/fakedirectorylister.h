@@ -17,7 +17,7 @@ public:
         bool isDirectory = false;
     };
 
-    bool list(const QByteArray &nativePath, bool isRoot, std::vector<DirectoryEntry> &entries) override;
+    bool list(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries) override;
 
     void set(const QByteArray &nativePath, const QList<Item> &items) { listings.insert(nativePath, items); }
 
