@@ -21,7 +21,6 @@ SearchRun::SearchRun(SearchRequest request, QObject *parent)
     : QObject(parent)
     , m_request(std::move(request))
 {
-    m_request.threads = std::max(1, m_request.threads);
     m_scanned.resize(size_t(m_request.archives.size()));
     m_ready.resize(size_t(m_request.archives.size()), false);
 }

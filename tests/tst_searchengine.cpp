@@ -237,10 +237,14 @@ private slots:
             QVERIFY(ArchiveFile::write(dir.path(), name, entries));
             files.append(name + u".lst"_qs);
         }
+        const QList<ArchiveToScan> archives = archivesToScan(dir.path(), files);
         for (int threads : {1, 2}) {
-            SearchRun run({SearchKind::Extension, "GIF", archivesToScan(dir.path(), files), kExtensionRowLimit, threads});
+            SearchRun run({SearchKind::Extension, "GIF", archives, kExtensionRowLimit, threads});
             run.start();
             run.wait();
+            // The workers only read the request: a list it shares with the caller is never copied
+            // (two threads copying it at once corrupted its reference count).
+            QVERIFY(run.request().archives.isSharedWith(archives));
             QVERIFY(run.limitReached());
             qsizetype rows = 0;
             for (const auto &chunk : run.takeChunks())
