@@ -4,7 +4,7 @@
 #include "windows1252.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <cstring>
 
 void SearchResults::clear()
@@ -32,22 +32,23 @@ SearchResults::Located SearchResults::locate(qsizetype row) const
     return {chunk, &chunk->rows[size_t(row - m_chunkStarts[index])]};
 }
 
-QByteArrayView SearchResults::path(qsizetype row) const
+QByteArray SearchResults::path(qsizetype row) const
 {
     const Located at = locate(row);
-    return QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength);
+    return Windows1252::toUpper(QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength));
 }
 
-QByteArrayView SearchResults::fileName(qsizetype row) const
+QByteArray SearchResults::fileName(qsizetype row) const
 {
     const Located at = locate(row);
-    return QByteArrayView(at.chunk->pool)
-        .sliced(at.row->pathStart + at.row->nameOffset, at.row->pathLength - at.row->nameOffset);
+    return Windows1252::toUpper(QByteArrayView(at.chunk->pool)
+                                    .sliced(at.row->pathStart + at.row->nameOffset, at.row->pathLength - at.row->nameOffset));
 }
 
-QByteArrayView SearchResults::extension(qsizetype row) const
+QByteArray SearchResults::extension(qsizetype row) const
 {
-    return extensionColumnOf(path(row));
+    const Located at = locate(row);
+    return Windows1252::toUpper(extensionColumnOf(QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength)));
 }
 
 QString SearchResults::archiveName(qsizetype row) const
@@ -71,70 +72,94 @@ qsizetype SearchResults::memoryUsed() const
 
 namespace {
 
-struct SortKey
+// The letter each byte sorts as: upper-cased, accented capitals as their base letter.
+std::array<unsigned char, 256> makeSortLetters()
 {
-    const char *name;
-    quint32 length;
-};
-
-// The text after a sorted row's name: 60 blanks, then the index with its sign position.
-struct RowTail
-{
-    explicit RowTail(quint32 index)
-    {
-        std::memset(text, ' ', 61);
-        length = 61 + int(std::to_chars(text + 61, text + sizeof text, index).ptr - (text + 61));
+    const unsigned char *upper = Windows1252::upperTable();
+    // Windows-1252 0xC0 to 0xDF, then Š, Œ, Ž and Ÿ.
+    const char accented[] = "AAAAAAACEEEEIIIIDNOOOOO\xd7OUUUUY\xdeS";
+    std::array<unsigned char, 256> letters{};
+    for (int b = 0; b < 256; ++b) {
+        unsigned char u = upper[b];
+        if (u >= 0xC0 && u <= 0xDF)
+            u = static_cast<unsigned char>(accented[u - 0xC0]);
+        else if (u == 0x8A)
+            u = 'S';
+        else if (u == 0x8C)
+            u = 'O';
+        else if (u == 0x8E)
+            u = 'Z';
+        else if (u == 0x9F)
+            u = 'Y';
+        letters[size_t(b)] = u;
     }
-    char text[72];
-    int length = 0;
+    return letters;
+}
+
+// A row's place in the alphabetical view: its first sixteen sort letters, big-endian, so most
+// rows are ordered by two integer comparisons; the names decide the rest.
+struct SortEntry
+{
+    quint64 head[2];
+    quint32 row;
+    quint32 chunk;
 };
 
 } // namespace
 
 std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks)
 {
-    std::vector<SortKey> keys;
+    static const std::array<unsigned char, 256> letters = makeSortLetters();
+    const unsigned char *upper = Windows1252::upperTable();
+    std::vector<quint32> chunkStarts;
+    size_t total = 0;
     for (const auto &chunk : chunks) {
-        for (const ResultRow &row : chunk->rows)
-            keys.push_back({chunk->pool.constData() + row.pathStart + row.nameOffset, row.pathLength - row.nameOffset});
+        chunkStarts.push_back(quint32(total));
+        total += chunk->rows.size();
     }
-    std::vector<quint32> order(keys.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        order[i] = quint32(i);
-    std::sort(order.begin(), order.end(), [&keys](quint32 a, quint32 b) {
-        const SortKey &ka = keys[a];
-        const SortKey &kb = keys[b];
-        const quint32 common = std::min(ka.length, kb.length);
-        const int c = std::memcmp(ka.name, kb.name, common);
-        if (c != 0)
-            return c < 0;
-        // Equal up to the shorter name: the rest of both rows' texts decides, blanks and index included.
-        if (ka.length != kb.length) {
-            const char next = ka.length > kb.length ? ka.name[common] : kb.name[common];
-            if (next != ' ') // the shorter row goes on with a blank
-                return (ka.length < kb.length) == (' ' < static_cast<unsigned char>(next));
-        } else {
-            char da[16], db[16];
-            const auto ea = std::to_chars(da, da + sizeof da, a).ptr;
-            const auto eb = std::to_chars(db, db + sizeof db, b).ptr;
-            return std::lexicographical_compare(da, ea, db, eb);
+    const auto nameOf = [&](const SortEntry &entry) {
+        const ResultChunk &chunk = *chunks[entry.chunk];
+        const ResultRow &row = chunk.rows[entry.row - chunkStarts[entry.chunk]];
+        return QByteArrayView(chunk.pool).sliced(row.pathStart + row.nameOffset, row.pathLength - row.nameOffset);
+    };
+
+    std::vector<SortEntry> entries;
+    entries.reserve(total);
+    for (quint32 c = 0; c < chunks.size(); ++c) {
+        for (const ResultRow &row : chunks[c]->rows) {
+            SortEntry entry{{0, 0}, quint32(entries.size()), c};
+            const char *name = chunks[c]->pool.constData() + row.pathStart + row.nameOffset;
+            const quint32 length = std::min<quint32>(16, row.pathLength - row.nameOffset);
+            for (quint32 i = 0; i < length; ++i)
+                entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
+            entries.push_back(entry);
         }
-        const RowTail ta(a);
-        const RowTail tb(b);
-        const auto at = [](const SortKey &key, const RowTail &tail, qsizetype k) -> int {
-            if (k < key.length)
-                return static_cast<unsigned char>(key.name[k]);
-            k -= key.length;
-            return k < tail.length ? static_cast<unsigned char>(tail.text[k]) : -1;
+    }
+    std::sort(entries.begin(), entries.end(), [&](const SortEntry &a, const SortEntry &b) {
+        if (a.head[0] != b.head[0])
+            return a.head[0] < b.head[0];
+        if (a.head[1] != b.head[1])
+            return a.head[1] < b.head[1];
+        const QByteArrayView na = nameOf(a);
+        const QByteArrayView nb = nameOf(b);
+        const auto compareBy = [&](const unsigned char *table) {
+            const qsizetype common = std::min(na.size(), nb.size());
+            for (qsizetype i = 0; i < common; ++i) {
+                const unsigned char ca = table[static_cast<unsigned char>(na[i])];
+                const unsigned char cb = table[static_cast<unsigned char>(nb[i])];
+                if (ca != cb)
+                    return ca < cb ? -1 : 1;
+            }
+            return na.size() == nb.size() ? 0 : na.size() < nb.size() ? -1 : 1;
         };
-        const qsizetype end = std::max(ka.length + ta.length, kb.length + tb.length);
-        for (qsizetype k = common; k < end; ++k) {
-            const int ca = at(ka, ta, k);
-            const int cb = at(kb, tb, k);
-            if (ca != cb)
-                return ca < cb;
-        }
-        return a < b;
+        if (const int byLetters = compareBy(letters.data()))
+            return byLetters < 0;
+        if (const int byBytes = compareBy(upper))
+            return byBytes < 0;
+        return a.row < b.row;
     });
+    std::vector<quint32> order(entries.size());
+    for (size_t i = 0; i < entries.size(); ++i)
+        order[i] = entries[i].row;
     return order;
 }

@@ -12,12 +12,13 @@
 // occurring twice in a name) share the path's bytes.
 struct ResultRow
 {
-    qsizetype pathStart = 0;
+    quint32 pathStart = 0;
     quint32 pathLength = 0;
     quint32 nameOffset = 0; // the file name's start within the path
 };
 
-// The rows one archive gave: the upper-cased stored paths side by side in one pool.
+// The rows one archive gave: the stored paths as read (quotes dropped, letters as catalogued) side
+// by side in one pool.
 struct ResultChunk
 {
     int archive = 0; // index into the search's archive names
@@ -38,9 +39,10 @@ public:
     qsizetype size() const { return m_size; }
     bool isEmpty() const { return m_size == 0; }
 
-    QByteArrayView path(qsizetype row) const;
-    QByteArrayView fileName(qsizetype row) const;
-    QByteArrayView extension(qsizetype row) const;
+    // The columns of a row as shown: upper-cased Windows-1252.
+    QByteArray path(qsizetype row) const;
+    QByteArray fileName(qsizetype row) const;
+    QByteArray extension(qsizetype row) const;
     QString archiveName(qsizetype row) const;
 
     // The alphabetical view: row `sorted` of it shows the order-found row sortedIndex(sorted).
@@ -49,7 +51,9 @@ public:
     qsizetype sortedIndex(qsizetype sorted) const { return m_sorted[size_t(sorted)]; }
     QString sortedRow(qsizetype sorted) const;
 
-    // The order of the alphabetical view: rows sorted by their text (file name, 60 blanks, index).
+    // The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
+    // accented capital beside its base letter (É with E), names equal so far by their bytes, and the
+    // same name in the order found.
     static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks);
 
     // Bytes held, for the memory budget.

@@ -3,43 +3,59 @@
 #include "textformat.h"
 #include "windows1252.h"
 
+namespace {
+
+const unsigned char *const kUpper = Windows1252::upperTable();
+
+inline bool equalAt(const char *at, QByteArrayView term)
+{
+    for (qsizetype i = 0; i < term.size(); ++i) {
+        if (char(kUpper[static_cast<unsigned char>(at[i])]) != term[i])
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool equalsUpperCased(const char *at, QByteArrayView term)
+{
+    return equalAt(at, term);
+}
+
 PathParts splitPath(QByteArrayView path)
 {
-    qsizetype lastBackslash = -1;
-    qsizetype lastDot = -1;
-    for (qsizetype i = 0; i < path.size(); ++i) {
-        if (path[i] == '\\')
-            lastBackslash = i;
-        else if (path[i] == '.')
-            lastDot = i;
-    }
     PathParts parts;
-    parts.nameStart = lastBackslash + 1;
-    parts.hasExtension = lastDot > lastBackslash;
-    parts.baseEnd = parts.hasExtension ? lastDot : path.size();
+    parts.baseEnd = path.size();
+    for (qsizetype i = path.size() - 1; i >= 0; --i) {
+        if (path[i] == '\\') {
+            parts.nameStart = i + 1;
+            break;
+        }
+        if (path[i] == '.' && !parts.hasExtension) {
+            parts.baseEnd = i;
+            parts.hasExtension = true;
+        }
+    }
     return parts;
 }
 
-int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term)
+int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QByteArrayView term)
 {
-    if (term.isEmpty())
+    const qsizetype n = term.size();
+    if (n == 0)
         return 0;
     switch (kind) {
-    case SearchKind::Name: {
-        const PathParts parts = splitPath(path);
-        return path.sliced(parts.nameStart, parts.baseEnd - parts.nameStart) == term ? 1 : 0;
-    }
+    case SearchKind::Name:
+        return parts.baseEnd - parts.nameStart == n && equalAt(path.data() + parts.nameStart, term) ? 1 : 0;
     case SearchKind::String: {
-        const qsizetype n = term.size();
         int rows = 0;
-        for (qsizetype start = splitPath(path).nameStart; start <= path.size() - n - 2; ++start) {
-            if (path.sliced(start, n) == term)
-                ++rows;
-        }
+        for (qsizetype start = parts.nameStart; start <= path.size() - n - 2; ++start)
+            rows += equalAt(path.data() + start, term) ? 1 : 0;
         return rows;
     }
     case SearchKind::Extension:
-        return path.last(std::min<qsizetype>(3, path.size())) == term ? 1 : 0;
+        return std::min<qsizetype>(3, path.size()) == n && equalAt(path.data() + path.size() - n, term) ? 1 : 0;
     }
     return 0;
 }

@@ -7,8 +7,9 @@
 // The three ways of searching the archives.
 enum class SearchKind { Name, String, Extension };
 
-// A stored path as the search reads it: the archive line upper-cased (Windows-1252) and, when
-// longer than two characters, less its first and last characters (the quotes).
+// A stored path as the search reads it: the archive line, when longer than two characters, less its
+// first and last characters (the quotes). Paths are kept as read; letters are compared upper-cased
+// (Windows-1252), so the rules below take a path in any case and an upper-cased term.
 struct PathParts
 {
     qsizetype nameStart = 0; // one after the last backslash; 0 when there is none
@@ -16,6 +17,7 @@ struct PathParts
     bool hasExtension = false;
 };
 
+// Reads the file name only, from the path's end back to its last backslash.
 PathParts splitPath(QByteArrayView path);
 
 // The number of result rows one stored path gives for an upper-cased term:
@@ -25,7 +27,14 @@ PathParts splitPath(QByteArrayView path);
 //   occurs; the last two characters of the path never end a match, and overlapping occurrences
 //   each count;
 // - by extension: 1 when the path's last three characters equal the term.
-int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term);
+int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QByteArrayView term);
+inline int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term)
+{
+    return rowsForPath(kind, path, splitPath(path), term);
+}
+
+// Whether the bytes at `at` upper-case to `term`.
+bool equalsUpperCased(const char *at, QByteArrayView term);
 
 // The file name of a stored path: what follows its last backslash.
 QByteArrayView fileNameOf(QByteArrayView path);

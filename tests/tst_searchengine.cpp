@@ -4,6 +4,7 @@
 #include "searchengine.h"
 #include "searchrules.h"
 #include "testsupport.h"
+#include "windows1252.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -13,15 +14,15 @@
 
 namespace {
 
-// Rows of one archive's bytes as (file name, extension column, path), one entry per row.
+// Rows of one archive's bytes as (file name, extension column, path) upper-cased, one entry per row.
 QList<QByteArrayList> rowsOf(SearchKind kind, const QByteArray &term, const QByteArray &archive)
 {
     ResultChunk chunk;
     ArchiveScanner(kind, term).scan(archive, chunk);
     QList<QByteArrayList> rows;
     for (const ResultRow &row : chunk.rows) {
-        const QByteArrayView path = QByteArrayView(chunk.pool).sliced(row.pathStart, row.pathLength);
-        rows.append({fileNameOf(path).toByteArray(), extensionColumnOf(path).toByteArray(), path.toByteArray()});
+        const QByteArray path = Windows1252::toUpper(QByteArrayView(chunk.pool).sliced(row.pathStart, row.pathLength));
+        rows.append({path.sliced(row.nameOffset), extensionColumnOf(path).toByteArray(), path});
     }
     return rows;
 }
@@ -264,7 +265,7 @@ private slots:
         auto chunk = std::make_shared<ResultChunk>();
         const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
         for (int i = 0; i < 1000000; ++i) {
-            const qsizetype start = chunk->pool.size();
+            const auto start = quint32(chunk->pool.size());
             chunk->pool.append(path);
             chunk->rows.push_back({start, quint32(path.size()), 19});
         }

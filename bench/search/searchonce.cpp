@@ -1,0 +1,35 @@
+// One search from the command line, for profiling (callgrind) and for timing beside other tools:
+//   kalvex2-search-once name|string|extension TERM THREADS ARCHIVE.lst...
+// prints the number of rows found and the time taken.
+
+#include "searchengine.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <cstring>
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    const QStringList kinds = {QStringLiteral("name"), QStringLiteral("string"), QStringLiteral("extension")};
+    if (args.size() < 5 || !kinds.contains(args[1])) {
+        std::fprintf(stderr, "usage: %s name|string|extension TERM THREADS ARCHIVE.lst...\n", argv[0]);
+        return 2;
+    }
+    SearchRequest request;
+    request.kind = SearchKind(kinds.indexOf(args[1]));
+    request.term = searchTerm(args[2]);
+    request.threads = args[3].toInt();
+    request.sortRows = false;
+    for (const QString &file : args.mid(4))
+        request.archives.append({file, archiveNameOf(QFileInfo(file).fileName())});
+    QElapsedTimer timer;
+    timer.start();
+    const SearchResults results = SearchRun::runAndWait(request);
+    std::printf("%lld rows in %.3f s\n", static_cast<long long>(results.size()), timer.nsecsElapsed() / 1e9);
+    return 0;
+}
