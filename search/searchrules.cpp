@@ -3,6 +3,8 @@
 #include "textformat.h"
 #include "windows1252.h"
 
+#include <cstring>
+
 namespace {
 
 const unsigned char *const kUpper = Windows1252::upperTable();
@@ -27,15 +29,14 @@ PathParts splitPath(QByteArrayView path)
 {
     PathParts parts;
     parts.baseEnd = path.size();
-    for (qsizetype i = path.size() - 1; i >= 0; --i) {
-        if (path[i] == '\\') {
-            parts.nameStart = i + 1;
-            break;
-        }
-        if (path[i] == '.' && !parts.hasExtension) {
-            parts.baseEnd = i;
-            parts.hasExtension = true;
-        }
+    if (path.isEmpty())
+        return parts;
+    const char *p = path.data();
+    if (const void *backslash = memrchr(p, '\\', size_t(path.size())))
+        parts.nameStart = static_cast<const char *>(backslash) - p + 1;
+    if (const void *dot = memrchr(p + parts.nameStart, '.', size_t(path.size() - parts.nameStart))) {
+        parts.baseEnd = static_cast<const char *>(dot) - p;
+        parts.hasExtension = true;
     }
     return parts;
 }

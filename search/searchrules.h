@@ -17,7 +17,6 @@ struct PathParts
     bool hasExtension = false;
 };
 
-// Reads the file name only, from the path's end back to its last backslash.
 PathParts splitPath(QByteArrayView path);
 
 // The number of result rows one stored path gives for an upper-cased term:

@@ -204,11 +204,37 @@ private slots:
             QCOMPARE(results.archiveName(0), u"PCFUN75"_qs);
             QCOMPARE(results.archiveName(2), u"PCMAG13"_qs);
             QCOMPARE(results.sortedSize(), 3);
-            // Equal names are ordered by the text of their index; the index leads back to the row.
+            // Equal names in the order found; the index leads back to the row.
             QCOMPARE(results.sortedRow(0), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 1"_qs);
             QCOMPARE(results.sortedRow(1), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 2"_qs);
             QCOMPARE(results.sortedIndex(2), 0);
         }
+    }
+
+    void alphabeticalOrderPutsAccentedCapitalsBesideTheirLetter()
+    {
+        // Upper-cased first (\xe9 is é); names equal without accents by their bytes, E before É;
+        // past the sixteenth letter too; the same name in the order found, 10 after 9.
+        QByteArray archive = "\"d:\\ZOO.TXT\"\r\n\"d:\\\xc9T\xc9.TXT\"\r\n\"d:\\ete.txt\"\r\n\"d:\\\xe9t\xe9\x32.txt\"\r\n"
+                             "\"d:\\EU.TXT\"\r\n\"d:\\PRESENTATION PRODUIT B.TXT\"\r\n\"d:\\PR\xc9SENTATION PRODUIT A.TXT\"\r\n";
+        for (int i = 0; i < 6; ++i)
+            archive += "\"d:\\X\\A.TXT\"\r\n";
+        auto chunk = std::make_shared<ResultChunk>();
+        ArchiveScanner(SearchKind::Extension, "TXT").scan(archive, *chunk);
+        SearchResults results;
+        results.append(chunk);
+        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
+        QList<QByteArray> names;
+        QList<qsizetype> indices;
+        for (qsizetype i = 0; i < results.sortedSize(); ++i) {
+            names.append(results.fileName(results.sortedIndex(i)));
+            indices.append(results.sortedIndex(i));
+        }
+        QCOMPARE(names, (QList<QByteArray>{"A.TXT", "A.TXT", "A.TXT", "A.TXT", "A.TXT", "A.TXT", "ETE.TXT",
+                                           "\xc9T\xc9.TXT", "\xc9T\xc9\x32.TXT", "EU.TXT",
+                                           "PR\xc9SENTATION PRODUIT A.TXT", "PRESENTATION PRODUIT B.TXT", "ZOO.TXT"}));
+        QCOMPARE(indices.mid(0, 6), (QList<qsizetype>{7, 8, 9, 10, 11, 12}));
+        QCOMPARE(results.sortedRow(5), u"A.TXT"_qs + QString(60, u' ') + u" 12"_qs);
     }
 
     void archiveSelectionKeepsTheFirst500()

@@ -41,7 +41,7 @@ template<size_t N> QByteArray pick(QRandomGenerator &random, const char *const (
 QByteArray makePath(QRandomGenerator &random)
 {
     QByteArray path = "d:\\" + pick(random, kTopFolders);
-    const int depth = random.bounded(1, 5);
+    const int depth = random.bounded(2, 6);
     for (int d = 0; d < depth; ++d)
         path += '\\' + pick(random, kFolders);
     path += '\\';
