@@ -56,7 +56,7 @@ void ArchiveScanner::judgeLine(QByteArrayView line, ResultChunk &out, qsizetype 
         rows = int(std::min<qsizetype>(rows, rowCap - qsizetype(out.rows.size())));
     // The path is kept as read: it is upper-cased only when shown.
     const auto start = quint32(out.pool.size());
-    out.pool.append(path.data(), path.size());
+    out.pool.insert(out.pool.end(), path.begin(), path.end());
     for (int i = 0; i < rows; ++i)
         out.rows.push_back({start, quint32(path.size()), quint32(parts.nameStart)});
 }

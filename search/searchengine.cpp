@@ -63,7 +63,7 @@ void SearchRun::work()
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer;
-    qsizetype expectedPool = 0;
+    size_t expectedPool = 0;
     size_t expectedRows = 0;
     for (;;) {
         const int archive = m_nextArchive.fetch_add(1);
@@ -102,7 +102,7 @@ void SearchRun::work()
         expectedPool = chunk->pool.size();
         expectedRows = chunk->rows.size();
         if (chunk->pool.capacity() > expectedPool + expectedPool / 8)
-            chunk->pool.squeeze();
+            chunk->pool.shrink_to_fit();
         if (chunk->rows.capacity() > expectedRows + expectedRows / 8)
             chunk->rows.shrink_to_fit();
         publish(archive, std::move(chunk));

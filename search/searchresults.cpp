@@ -35,20 +35,19 @@ SearchResults::Located SearchResults::locate(qsizetype row) const
 QByteArray SearchResults::path(qsizetype row) const
 {
     const Located at = locate(row);
-    return Windows1252::toUpper(QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength));
+    return Windows1252::toUpper(at.chunk->path(*at.row));
 }
 
 QByteArray SearchResults::fileName(qsizetype row) const
 {
     const Located at = locate(row);
-    return Windows1252::toUpper(QByteArrayView(at.chunk->pool)
-                                    .sliced(at.row->pathStart + at.row->nameOffset, at.row->pathLength - at.row->nameOffset));
+    return Windows1252::toUpper(at.chunk->fileName(*at.row));
 }
 
 QByteArray SearchResults::extension(qsizetype row) const
 {
     const Located at = locate(row);
-    return Windows1252::toUpper(extensionColumnOf(QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength)));
+    return Windows1252::toUpper(extensionColumnOf(at.chunk->path(*at.row)));
 }
 
 QString SearchResults::archiveName(qsizetype row) const
@@ -66,7 +65,7 @@ qsizetype SearchResults::memoryUsed() const
 {
     qsizetype bytes = qsizetype(m_sorted.capacity() * sizeof(quint32) + m_chunkStarts.capacity() * sizeof(qsizetype));
     for (const auto &chunk : m_chunks)
-        bytes += chunk->pool.capacity() + qsizetype(chunk->rows.capacity() * sizeof(ResultRow)) + qsizetype(sizeof(ResultChunk));
+        bytes += qsizetype(chunk->pool.capacity()) + qsizetype(chunk->rows.capacity() * sizeof(ResultRow)) + qsizetype(sizeof(ResultChunk));
     return bytes;
 }
 
@@ -119,8 +118,7 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
     }
     const auto nameOf = [&](const SortEntry &entry) {
         const ResultChunk &chunk = *chunks[entry.chunk];
-        const ResultRow &row = chunk.rows[entry.row - chunkStarts[entry.chunk]];
-        return QByteArrayView(chunk.pool).sliced(row.pathStart + row.nameOffset, row.pathLength - row.nameOffset);
+        return chunk.fileName(chunk.rows[entry.row - chunkStarts[entry.chunk]]);
     };
 
     std::vector<SortEntry> entries;
@@ -128,9 +126,9 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
     for (quint32 c = 0; c < chunks.size(); ++c) {
         for (const ResultRow &row : chunks[c]->rows) {
             SortEntry entry{{0, 0}, quint32(entries.size()), c};
-            const char *name = chunks[c]->pool.constData() + row.pathStart + row.nameOffset;
-            const quint32 length = std::min<quint32>(16, row.pathLength - row.nameOffset);
-            for (quint32 i = 0; i < length; ++i)
+            const QByteArrayView name = chunks[c]->fileName(row);
+            const auto length = std::min<qsizetype>(16, name.size());
+            for (qsizetype i = 0; i < length; ++i)
                 entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
             entries.push_back(entry);
         }

@@ -22,8 +22,11 @@ struct ResultRow
 struct ResultChunk
 {
     int archive = 0; // index into the search's archive names
-    QByteArray pool;
+    std::vector<char> pool;
     std::vector<ResultRow> rows;
+
+    QByteArrayView path(const ResultRow &row) const { return {pool.data() + row.pathStart, row.pathLength}; }
+    QByteArrayView fileName(const ResultRow &row) const { return path(row).sliced(row.nameOffset); }
 };
 
 // The result rows of a search, in the order found, stored compactly: chunks of paths and offsets,

@@ -21,7 +21,7 @@ QList<QByteArrayList> rowsOf(SearchKind kind, const QByteArray &term, const QByt
     ArchiveScanner(kind, term).scan(archive, chunk);
     QList<QByteArrayList> rows;
     for (const ResultRow &row : chunk.rows) {
-        const QByteArray path = Windows1252::toUpper(QByteArrayView(chunk.pool).sliced(row.pathStart, row.pathLength));
+        const QByteArray path = Windows1252::toUpper(chunk.path(row));
         rows.append({path.sliced(row.nameOffset), extensionColumnOf(path).toByteArray(), path});
     }
     return rows;
@@ -292,7 +292,7 @@ private slots:
         const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
         for (int i = 0; i < 1000000; ++i) {
             const auto start = quint32(chunk->pool.size());
-            chunk->pool.append(path);
+            chunk->pool.insert(chunk->pool.end(), path.begin(), path.end());
             chunk->rows.push_back({start, quint32(path.size()), 19});
         }
         results.append(chunk);
