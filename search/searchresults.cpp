@@ -4,6 +4,8 @@
 #include "windows1252.h"
 
 #include <algorithm>
+#include <QHash>
+
 #include <array>
 #include <cstring>
 
@@ -95,14 +97,31 @@ std::array<unsigned char, 256> makeSortLetters()
     return letters;
 }
 
-// A row's place in the alphabetical view: its first sixteen sort letters, big-endian, so most
-// rows are ordered by two integer comparisons; the names decide the rest.
+// A row's place in the alphabetical view: its first sort letters, big-endian, so most rows are
+// ordered by integer comparisons, and where its name lies for the others.
+constexpr int kHeadWords = 4;
+constexpr quint32 kHeadLetters = kHeadWords * 8;
+
 struct SortEntry
 {
-    quint64 head[2];
-    quint32 row;
-    quint32 chunk;
+    quint64 head[kHeadWords];
+    const char *name;
+    quint32 length;
+    quint32 row; // of a distinct name: its index among them
 };
+
+// -1, 0 or 1 as `a` sorts before, with or after `b`, letter by letter through `table` from `from` on.
+int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *table, quint32 from)
+{
+    const quint32 common = std::min(a.length, b.length);
+    for (quint32 i = from; i < common; ++i) {
+        const unsigned char ca = table[static_cast<unsigned char>(a.name[i])];
+        const unsigned char cb = table[static_cast<unsigned char>(b.name[i])];
+        if (ca != cb)
+            return ca < cb ? -1 : 1;
+    }
+    return a.length == b.length ? 0 : a.length < b.length ? -1 : 1;
+}
 
 } // namespace
 
@@ -110,54 +129,55 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
 {
     static const std::array<unsigned char, 256> letters = makeSortLetters();
     const unsigned char *upper = Windows1252::upperTable();
-    std::vector<quint32> chunkStarts;
-    size_t total = 0;
-    for (const auto &chunk : chunks) {
-        chunkStarts.push_back(quint32(total));
-        total += chunk->rows.size();
-    }
-    const auto nameOf = [&](const SortEntry &entry) {
-        const ResultChunk &chunk = *chunks[entry.chunk];
-        return chunk.fileName(chunk.rows[entry.row - chunkStarts[entry.chunk]]);
-    };
 
-    std::vector<SortEntry> entries;
-    entries.reserve(total);
-    for (quint32 c = 0; c < chunks.size(); ++c) {
-        for (const ResultRow &row : chunks[c]->rows) {
-            SortEntry entry{{0, 0}, quint32(entries.size()), c};
-            const QByteArrayView name = chunks[c]->fileName(row);
-            const auto length = std::min<qsizetype>(16, name.size());
-            for (qsizetype i = 0; i < length; ++i)
-                entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
-            entries.push_back(entry);
+    // Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
+    // name): each distinct name is sorted once, then the rows are placed by their name's rank.
+    size_t total = 0;
+    for (const auto &chunk : chunks)
+        total += chunk->rows.size();
+    std::vector<quint32> nameOfRow;
+    nameOfRow.reserve(total);
+    QHash<QByteArrayView, quint32> ids;
+    std::vector<SortEntry> names;
+    for (const auto &chunk : chunks) {
+        for (const ResultRow &row : chunk->rows) {
+            const QByteArrayView name = chunk->fileName(row);
+            auto at = ids.constFind(name);
+            if (at == ids.constEnd()) {
+                at = ids.insert(name, quint32(names.size()));
+                SortEntry entry{{}, name.data(), quint32(name.size()), quint32(names.size())};
+                const auto length = std::min<qsizetype>(kHeadLetters, name.size());
+                for (qsizetype i = 0; i < length; ++i)
+                    entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
+                names.push_back(entry);
+            }
+            nameOfRow.push_back(*at);
         }
     }
-    std::sort(entries.begin(), entries.end(), [&](const SortEntry &a, const SortEntry &b) {
-        if (a.head[0] != b.head[0])
-            return a.head[0] < b.head[0];
-        if (a.head[1] != b.head[1])
-            return a.head[1] < b.head[1];
-        const QByteArrayView na = nameOf(a);
-        const QByteArrayView nb = nameOf(b);
-        const auto compareBy = [&](const unsigned char *table) {
-            const qsizetype common = std::min(na.size(), nb.size());
-            for (qsizetype i = 0; i < common; ++i) {
-                const unsigned char ca = table[static_cast<unsigned char>(na[i])];
-                const unsigned char cb = table[static_cast<unsigned char>(nb[i])];
-                if (ca != cb)
-                    return ca < cb ? -1 : 1;
-            }
-            return na.size() == nb.size() ? 0 : na.size() < nb.size() ? -1 : 1;
-        };
-        if (const int byLetters = compareBy(letters.data()))
+    ids.clear();
+    std::sort(names.begin(), names.end(), [&](const SortEntry &a, const SortEntry &b) {
+        for (int i = 0; i < kHeadWords; ++i) {
+            if (a.head[i] != b.head[i])
+                return a.head[i] < b.head[i];
+        }
+        if (const int byLetters = compareNames(a, b, letters.data(), kHeadLetters))
             return byLetters < 0;
-        if (const int byBytes = compareBy(upper))
-            return byBytes < 0;
-        return a.row < b.row;
+        return compareNames(a, b, upper, 0) < 0;
     });
-    std::vector<quint32> order(entries.size());
-    for (size_t i = 0; i < entries.size(); ++i)
-        order[i] = entries[i].row;
+
+    // Rows by their name's rank, the same name's rows in the order found.
+    std::vector<quint32> firstOfRank(names.size() + 1, 0);
+    std::vector<quint32> rankOfName(names.size());
+    for (size_t rank = 0; rank < names.size(); ++rank)
+        rankOfName[names[rank].row] = quint32(rank);
+    for (quint32 &name : nameOfRow) {
+        name = rankOfName[name];
+        ++firstOfRank[name + 1];
+    }
+    for (size_t rank = 1; rank < firstOfRank.size(); ++rank)
+        firstOfRank[rank] += firstOfRank[rank - 1];
+    std::vector<quint32> order(total);
+    for (size_t row = 0; row < total; ++row)
+        order[firstOfRank[nameOfRow[row]]++] = quint32(row);
     return order;
 }

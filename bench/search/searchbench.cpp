@@ -86,11 +86,11 @@ void benchEngine(const QString &folder)
     for (const QString &file : ArchiveFile::list(folder))
         all.append({folder + QLatin1Char('/') + file, archiveNameOf(file)});
     const QList<Case> cases = {
-        // By name, the backslash and the name: ripgrep given two literals (a dot or the line's end after
-        // the name) takes a slower path, several times slower; with one it is at its fastest and finds
-        // the same lines in this corpus.
-        {"name, rare", SearchKind::Name, "LISEZMOI", {QStringLiteral("\\lisezmoi")}},
-        {"name, frequent", SearchKind::Name, "SETUP", {QStringLiteral("\\setup")}},
+        // By name, the name alone: it finds the same lines in this corpus, and is ripgrep's fastest
+        // path; the backslash before it (or two literals, a dot or the line's end after it) makes
+        // `rg -i` about five times slower, which would flatter the engine.
+        {"name, rare", SearchKind::Name, "LISEZMOI", {QStringLiteral("lisezmoi")}},
+        {"name, frequent", SearchKind::Name, "SETUP", {QStringLiteral("setup")}},
         {"string, rare", SearchKind::String, "KALV", {QStringLiteral("kalv")}},
         {"string, frequent", SearchKind::String, "IMG", {QStringLiteral("img")}},
         {"extension, rare", SearchKind::Extension, "WMF", {QStringLiteral("wmf\"")}},
