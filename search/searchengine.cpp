@@ -72,8 +72,8 @@ void SearchRun::work()
         auto chunk = std::make_shared<ResultChunk>();
         chunk->archive = archive;
         // Archives of one search are alike: room for as many rows as the last one gave saves regrowth.
-        chunk->pool.reserve(expectedPool + expectedPool / 4);
-        chunk->rows.reserve(expectedRows + expectedRows / 4);
+        chunk->pool.reserve(expectedPool + expectedPool / 8);
+        chunk->rows.reserve(expectedRows + expectedRows / 8);
         // An archive that cannot be opened or read gives no rows. Archives are mapped rather than
         // copied (they are only ever replaced whole, never rewritten in place); read when that fails.
         QFile file(m_request.archives[archive].filePath);
@@ -101,9 +101,10 @@ void SearchRun::work()
         }
         expectedPool = chunk->pool.size();
         expectedRows = chunk->rows.size();
-        if (chunk->pool.capacity() > expectedPool + expectedPool / 8)
+        // Far fewer rows than room for them: the room is given back (a copy, so only then).
+        if (chunk->pool.capacity() > expectedPool + expectedPool / 4)
             chunk->pool.shrink_to_fit();
-        if (chunk->rows.capacity() > expectedRows + expectedRows / 8)
+        if (chunk->rows.capacity() > expectedRows + expectedRows / 4)
             chunk->rows.shrink_to_fit();
         publish(archive, std::move(chunk));
     }
