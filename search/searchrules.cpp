@@ -61,11 +61,6 @@ int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QB
     return 0;
 }
 
-QByteArrayView fileNameOf(QByteArrayView path)
-{
-    return path.sliced(splitPath(path).nameStart);
-}
-
 QByteArrayView extensionColumnOf(QByteArrayView path)
 {
     if (!splitPath(path).hasExtension)

@@ -27,16 +27,10 @@ PathParts splitPath(QByteArrayView path);
 //   each count;
 // - by extension: 1 when the path's last three characters equal the term.
 int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QByteArrayView term);
-inline int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term)
-{
-    return rowsForPath(kind, path, splitPath(path), term);
-}
 
 // Whether the bytes at `at` upper-case to `term`.
 bool equalsUpperCased(const char *at, QByteArrayView term);
 
-// The file name of a stored path: what follows its last backslash.
-QByteArrayView fileNameOf(QByteArrayView path);
 // The extension column: the path's last three characters, or three blanks when the file name holds
 // no dot (the extension is taken from the path's end whatever follows the dot: PHOTO.JPEG gives PEG).
 QByteArrayView extensionColumnOf(QByteArrayView path);

@@ -162,12 +162,13 @@ void benchWindow(const QString &dataPath)
         auto watch = QObject::connect(progress, &QProgressBar::valueChanged, &form, [&](int value) {
             if (!ended && value > 0) { sinceEnd.start(); }
         });
-        QObject::connect(&form, &SearchForm::searchFinished, &form, [&] { ended = true; });
+        auto end = QObject::connect(&form, &SearchForm::searchFinished, &form, [&] { ended = true; });
         child<QToolButton>(form, QStringLiteral("Liste des fichiers ayant la même extension."))->click();
         finished.wait(60000);
         sorted->repaint();
         shows.append(sinceEnd.nsecsElapsed() / 1e6);
         QObject::disconnect(watch);
+        QObject::disconnect(end);
         QCoreApplication::processEvents();
     }
     std::printf("window, 30,000-row result: %lld rows shown and sorted %.1f ms (median) after the last archive's rows\n",
