@@ -149,10 +149,22 @@ qsizetype findBlockSse2(const char *base, qsizetype pos, qsizetype limit, qsizet
     return pos;
 }
 
-const bool kHaveAvx2 = __builtin_cpu_supports("avx2");
+bool g_useAvx2 = __builtin_cpu_supports("avx2");
 
 } // namespace
 #endif
+
+bool ArchiveScanner::allowAvx2(bool allowed)
+{
+#ifdef KALVEX_HAVE_X86
+    const bool was = g_useAvx2;
+    g_useAvx2 = allowed && __builtin_cpu_supports("avx2");
+    return was;
+#else
+    Q_UNUSED(allowed);
+    return false;
+#endif
+}
 
 void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCap, const std::atomic_bool *stop) const
 {
@@ -172,7 +184,7 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
     while (pos <= limit) {
         const qsizetype sliceLimit = std::min(limit, pos + kStopCheck);
         quint64 mask = 0;
-        pos = kHaveAvx2 ? findBlockAvx2(base, pos, sliceLimit, n - 1, m_first, m_last, mask)
+        pos = g_useAvx2 ? findBlockAvx2(base, pos, sliceLimit, n - 1, m_first, m_last, mask)
                         : findBlockSse2(base, pos, sliceLimit, n - 1, m_first, m_last, mask);
         if (pos > sliceLimit) {
             if (stop && stop->load(std::memory_order_relaxed))

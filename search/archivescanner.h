@@ -22,6 +22,10 @@ public:
     void scan(QByteArrayView data, ResultChunk &out, qsizetype rowCap = 0,
               const std::atomic_bool *stop = nullptr) const;
 
+    // Whether blocks are scanned with AVX2 where the processor has it (else SSE2); returns the
+    // previous setting. For checking both scans on one machine.
+    static bool allowAvx2(bool allowed);
+
 private:
     // Judges the line holding `pos`; returns the position after it.
     qsizetype takeLine(QByteArrayView data, qsizetype pos, ResultChunk &out, qsizetype rowCap) const;

@@ -7,6 +7,7 @@
 #include "windows1252.h"
 
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -137,8 +138,18 @@ private slots:
                  (QList<QByteArrayList>{{"B.JPG", "JPG", "D:\\A\\B.JPG"}, {"JPG", "   ", "D:\\A\\JPG"}}));
     }
 
+    void fastScanAgreesWithPlainReadingOnRandomLines_data()
+    {
+        QTest::addColumn<bool>("avx2");
+        QTest::newRow("AVX2 where available") << true;
+        QTest::newRow("SSE2") << false;
+    }
+
     void fastScanAgreesWithPlainReadingOnRandomLines()
     {
+        QFETCH(bool, avx2);
+        const bool previous = ArchiveScanner::allowAvx2(avx2);
+        const auto restore = qScopeGuard([previous] { ArchiveScanner::allowAvx2(previous); });
         // Few letters, many backslashes, dots and quotes, so every rule and boundary is reached;
         // lines long enough to cross the scanner's blocks.
         const QByteArray alphabet = "aAbB.\\\"\xe9\xc9 \r";
