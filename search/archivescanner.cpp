@@ -11,29 +11,6 @@
 #define KALVEX_HAVE_X86 1
 #endif
 
-namespace {
-
-// The bytes that upper-case to `upper`; false when there are more than two.
-bool casesOf(unsigned char upper, std::array<unsigned char, 2> &cases)
-{
-    const unsigned char *table = Windows1252::upperTable();
-    int found = 0;
-    for (int b = 0; b < 256; ++b) {
-        if (table[b] == upper) {
-            if (found == 2)
-                return false;
-            cases[size_t(found++)] = static_cast<unsigned char>(b);
-        }
-    }
-    if (found == 0)
-        return false;
-    if (found == 1)
-        cases[1] = cases[0];
-    return true;
-}
-
-} // namespace
-
 ArchiveScanner::ArchiveScanner(SearchKind kind, QByteArray term)
     : m_kind(kind)
     , m_term(std::move(term))

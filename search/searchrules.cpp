@@ -3,11 +3,43 @@
 #include "textformat.h"
 #include "windows1252.h"
 
+#include <array>
 #include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 
 const unsigned char *const kUpper = Windows1252::upperTable();
+
+// For each byte, the bytes that upper-case to it: none, one (given twice) or two; more count as none.
+struct Preimages
+{
+    std::array<unsigned char, 2> bytes{};
+    int count = 0;
+};
+
+std::array<Preimages, 256> makePreimages()
+{
+    std::array<Preimages, 256> all{};
+    for (int b = 0; b < 256; ++b) {
+        Preimages &of = all[kUpper[b]];
+        if (of.count < 2)
+            of.bytes[size_t(of.count)] = static_cast<unsigned char>(b);
+        ++of.count;
+    }
+    for (Preimages &of : all) {
+        if (of.count == 1)
+            of.bytes[1] = of.bytes[0];
+        else if (of.count > 2)
+            of.count = 0;
+    }
+    return all;
+}
+
+const std::array<Preimages, 256> kPreimages = makePreimages();
 
 inline bool equalAt(const char *at, QByteArrayView term)
 {
@@ -19,6 +51,13 @@ inline bool equalAt(const char *at, QByteArrayView term)
 }
 
 } // namespace
+
+bool casesOf(unsigned char upper, std::array<unsigned char, 2> &cases)
+{
+    const Preimages &of = kPreimages[upper];
+    cases = of.bytes;
+    return of.count > 0;
+}
 
 bool equalsUpperCased(const char *at, QByteArrayView term)
 {
@@ -51,8 +90,31 @@ int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QB
         return parts.baseEnd - parts.nameStart == n && equalAt(path.data() + parts.nameStart, term) ? 1 : 0;
     case SearchKind::String: {
         int rows = 0;
-        for (qsizetype start = parts.nameStart; start <= path.size() - n - 2; ++start)
-            rows += equalAt(path.data() + start, term) ? 1 : 0;
+        const char *p = path.data();
+        const char first = term[0];
+        const QByteArrayView rest = term.sliced(1);
+        const qsizetype last = path.size() - n - 2;
+        qsizetype start = parts.nameStart;
+#ifdef __SSE2__
+        // Sixteen starts at a time: only those whose byte upper-cases to the term's first are compared.
+        const Preimages &cases = kPreimages[static_cast<unsigned char>(first)];
+        const __m128i firstUpper = _mm_set1_epi8(char(cases.bytes[0]));
+        const __m128i firstLower = _mm_set1_epi8(char(cases.bytes[1]));
+        for (; cases.count > 0 && start + 15 <= last; start += 16) {
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + start));
+            auto mask = unsigned(_mm_movemask_epi8(
+                _mm_or_si128(_mm_cmpeq_epi8(bytes, firstUpper), _mm_cmpeq_epi8(bytes, firstLower))));
+            for (; mask; mask &= mask - 1) {
+                const qsizetype at = start + __builtin_ctz(mask);
+                if (char(kUpper[static_cast<unsigned char>(p[at])]) == first && equalAt(p + at + 1, rest))
+                    ++rows;
+            }
+        }
+#endif
+        for (; start <= last; ++start) {
+            if (char(kUpper[static_cast<unsigned char>(p[start])]) == first && equalAt(p + start + 1, rest))
+                ++rows;
+        }
         return rows;
     }
     case SearchKind::Extension:

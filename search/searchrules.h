@@ -4,6 +4,8 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <array>
+
 // The three ways of searching the archives.
 enum class SearchKind { Name, String, Extension };
 
@@ -27,6 +29,10 @@ PathParts splitPath(QByteArrayView path);
 //   each count;
 // - by extension: 1 when the path's last three characters equal the term.
 int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QByteArrayView term);
+
+// The bytes that upper-case to `upper` (the same twice when only one does); false when none or
+// more than two do.
+bool casesOf(unsigned char upper, std::array<unsigned char, 2> &cases);
 
 // Whether the bytes at `at` upper-case to `term`.
 bool equalsUpperCased(const char *at, QByteArrayView term);
