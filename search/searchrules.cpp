@@ -96,19 +96,26 @@ int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QB
         const qsizetype last = path.size() - n - 2;
         qsizetype start = parts.nameStart;
 #ifdef __SSE2__
-        // Sixteen starts at a time: only those whose byte upper-cases to the term's first are compared.
+        // Sixteen starts at a time, from sixteen bytes of the path: only those whose byte may begin
+        // the term are compared; the last block ends at the path's end and skips what was done.
         const Preimages &cases = kPreimages[static_cast<unsigned char>(first)];
         const __m128i firstUpper = _mm_set1_epi8(char(cases.bytes[0]));
         const __m128i firstLower = _mm_set1_epi8(char(cases.bytes[1]));
-        for (; cases.count > 0 && start + 15 <= last; start += 16) {
-            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + start));
+        const qsizetype size = path.size();
+        while (cases.count > 0 && start <= last && size >= 16) {
+            const qsizetype block = std::min(start, size - 16);
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + block));
             auto mask = unsigned(_mm_movemask_epi8(
                 _mm_or_si128(_mm_cmpeq_epi8(bytes, firstUpper), _mm_cmpeq_epi8(bytes, firstLower))));
+            mask &= ~0u << (start - block);
+            if (last - block < 15)
+                mask &= (2u << (last - block)) - 1;
             for (; mask; mask &= mask - 1) {
-                const qsizetype at = start + __builtin_ctz(mask);
+                const qsizetype at = block + __builtin_ctz(mask);
                 if (char(kUpper[static_cast<unsigned char>(p[at])]) == first && equalAt(p + at + 1, rest))
                     ++rows;
             }
+            start = block + 16;
         }
 #endif
         for (; start <= last; ++start) {
