@@ -157,17 +157,16 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
 #ifdef KALVEX_HAVE_X86
     // Blocks read up to n - 1 bytes past their end: the last one must still lie inside the data.
     const qsizetype limit = size - (n - 1) - kBlock;
-    constexpr qsizetype kStopCheck = qsizetype(1) << 20;
+    constexpr qsizetype kStopCheck = qsizetype(1) << 20; // bytes scanned between looks at the stop flag
     while (pos <= limit) {
+        if (stop && stop->load(std::memory_order_relaxed))
+            return;
         const qsizetype sliceLimit = std::min(limit, pos + kStopCheck);
         quint64 mask = 0;
         pos = g_useAvx2 ? findBlockAvx2(base, pos, sliceLimit, n - 1, m_first, m_last, mask)
                         : findBlockSse2(base, pos, sliceLimit, n - 1, m_first, m_last, mask);
-        if (pos > sliceLimit) {
-            if (stop && stop->load(std::memory_order_relaxed))
-                return;
-            continue;
-        }
+        if (pos > sliceLimit)
+            continue; // no candidate in this slice
         qsizetype next = pos + kBlock;
         while (mask) {
             const qsizetype at = pos + __builtin_ctzll(mask);
