@@ -1,7 +1,6 @@
 #include "filefinder.h"
 
 #include "directorylister.h"
-#include "directoryreadahead.h"
 #include "drives.h"
 #include "windows1252.h"
 
@@ -57,13 +56,7 @@ void FileFinder::Rechercher()
         const QString below = m_root.mid(3); // after "d:\"
         if (!below.isEmpty())
             nativeRoot += QFile::encodeName(QString(below).replace(QLatin1Char('\\'), QLatin1Char('/')));
-        // A lister that can run on two threads reads the next directories ahead of the walk.
-        std::unique_ptr<DirectoryReadAhead> readAhead;
-        if (m_lister.canListConcurrently())
-            readAhead = std::make_unique<DirectoryReadAhead>(m_lister);
-        m_readAhead = readAhead.get();
         walk(nativeRoot, archiveRoot, below.isEmpty());
-        m_readAhead = nullptr;
     }
 
     m_collecting = false;
@@ -78,31 +71,24 @@ void FileFinder::walk(const QByteArray &nativePath, const QByteArray &archivePat
     // One listing serves both the recording of this directory's entries and the choice of the
     // sub-directories to enter.
     std::vector<DirectoryEntry> entries;
-    const bool listed = m_readAhead && !isRoot ? m_readAhead->take(nativePath, entries)
-                                               : m_lister.list(nativePath, isRoot, entries);
-    if (!listed)
+    if (!m_lister.list(nativePath, isRoot, entries))
         return;
 
     std::vector<const DirectoryEntry *> subDirectories;
-    std::vector<QByteArray> subDirectoryPaths;
     for (const DirectoryEntry &entry : entries) {
-        if (entry.isDirectory && !entry.nativeName.startsWith('.')) {
+        if (entry.isDirectory && !entry.nativeName.startsWith('.'))
             subDirectories.push_back(&entry);
-            subDirectoryPaths.push_back(nativePath + entry.nativeName + '/');
-        }
     }
-    if (m_readAhead)
-        m_readAhead->request(subDirectoryPaths); // read while this directory's entries are recorded
     if (m_collecting) {
         for (const DirectoryEntry &entry : entries) {
             if (!record(archivePath, entry.archiveName))
                 return;
         }
     }
-    for (size_t i = 0; i < subDirectories.size(); ++i) {
+    for (const DirectoryEntry *sub : subDirectories) {
         if (!m_running.load(std::memory_order_acquire))
             return;
-        walk(subDirectoryPaths[i], archivePath + subDirectories[i]->archiveName + '\\', false);
+        walk(nativePath + sub->nativeName + '/', archivePath + sub->archiveName + '\\', false);
     }
 }
 

@@ -8,7 +8,6 @@
 #include <memory>
 
 class DirectoryLister;
-class DirectoryReadAhead;
 class Drives;
 
 // Walks a medium from a drive's root and records the full path of every entry in the catalogue's
@@ -73,7 +72,6 @@ private:
     QByteArray m_patternBytes; // the pattern in Windows-1252, as names are
     bool m_matchesAll = true;
     bool m_collecting = false;
-    DirectoryReadAhead *m_readAhead = nullptr; // during a walk, when the lister allows it
     std::atomic<bool> m_state{false};
     std::atomic<bool> m_running{false};
     std::atomic<int> m_count{0};

@@ -3,7 +3,10 @@
 #include "datadirectory.h"
 
 #include <QDir>
-#include <QSaveFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include <cstdio>
 
 #include <cstring>
 
@@ -35,11 +38,24 @@ bool write(const QString &folderPath, const QString &archiveName, const QList<QB
 {
     if (entries.isEmpty())
         return false;
-    QSaveFile file(QDir(folderPath).filePath(fileName(archiveName)));
-    if (!file.open(QIODevice::WriteOnly))
+    const QString target = QDir(folderPath).filePath(fileName(archiveName));
+    // Written beside the target under a name that is no archive, then renamed over it: readers
+    // see the old catalogue or the whole new one, never a part. Unlike QSaveFile this does not
+    // wait for the disk (fsync): a catalogue lost to a power cut is made again from its disc.
+    QTemporaryFile temporary(target + QStringLiteral(".XXXXXX"));
+    if (!temporary.open())
         return false;
-    file.write(encode(entries));
-    return file.commit();
+    const QByteArray bytes = encode(entries);
+    if (temporary.write(bytes) != bytes.size() || !temporary.flush())
+        return false;
+    const QFileInfo existing(target);
+    temporary.setPermissions(existing.exists() ? existing.permissions()
+                                               : QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                                     | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    if (::rename(QFile::encodeName(temporary.fileName()).constData(), QFile::encodeName(target).constData()) != 0)
+        return false;
+    temporary.setAutoRemove(false); // it is the archive now
+    return true;
 }
 
 QStringList list(const QString &folderPath)

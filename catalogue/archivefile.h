@@ -19,7 +19,8 @@ QString fileName(const QString &archiveName);
 
 // Writes the archive `archiveName` into `folderPath`, replacing a file of the same name.
 // An empty list writes nothing. The file appears whole or not at all: a failed write (read-only
-// folder, full disk) leaves any earlier file of that name as it was. Returns whether it was written.
+// folder, full disk) leaves any earlier file of that name as it was, and no other file behind.
+// Returns whether it was written.
 bool write(const QString &folderPath, const QString &archiveName, const QList<QByteArray> &entries);
 
 // The archives of a folder: its files whose extension is ".lst" (any case), with their

@@ -21,9 +21,6 @@ public:
 
     virtual bool list(const QByteArray &nativePath, bool isRoot,
                       std::vector<DirectoryEntry> &entries) = 0;
-
-    // Whether list() may run on several threads at once, so a walk can read ahead.
-    virtual bool canListConcurrently() const { return false; }
 };
 
 // The order of a listing: upper-cased Windows-1252 names, then native bytes to break ties.

@@ -10,5 +10,4 @@ class LinuxDirectoryLister final : public DirectoryLister
 public:
     bool list(const QByteArray &nativePath, bool isRoot,
               std::vector<DirectoryEntry> &entries) override;
-    bool canListConcurrently() const override { return true; } // keeps no state
 };

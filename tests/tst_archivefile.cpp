@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -45,6 +46,18 @@ private slots:
         QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCMAG13"), {"d:\\Z"}));
         QCOMPARE(readFile(dir.filePath(QStringLiteral("PCMAG13.lst"))), QByteArray("\"d:\\Z\"\r\n"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("PCMAG13.lst")});
+    }
+
+    void replacedArchiveKeepsItsPermissions()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("PCFUN75.lst"));
+        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCFUN75"), {"d:\\A"}));
+        QVERIFY(QFileInfo(path).permissions().testFlag(QFileDevice::ReadOther));
+        QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCFUN75"), {"d:\\B"}));
+        QVERIFY(!QFileInfo(path).permissions().testFlag(QFileDevice::ReadOther));
+        QCOMPARE(readFile(path), QByteArray("\"d:\\B\"\r\n"));
     }
 
     void unwritableFolderLeavesNothingHalfWritten()

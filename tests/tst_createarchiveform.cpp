@@ -2,7 +2,6 @@
 #include "createarchiveform.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
-#include "mainform.h"
 #include "testsupport.h"
 
 #include <QAbstractItemModelTester>
@@ -12,7 +11,6 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
-#include <QMenuBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -283,32 +281,6 @@ private slots:
         QVERIFY(words.contains(u"e:\\SUB\\B.TXT"_qs));
     }
 
-    void theMainWindowOpensItFromMenuAndButton()
-    {
-        Fixture f;
-        MainForm main(f.data, f.fakes.services());
-        main.show();
-        QAction *item = nullptr;
-        for (QAction *action : main.menuBar()->actions()[0]->menu()->actions()) {
-            if (action->text() == u"Créer un fichier d'archives"_qs)
-                item = action;
-        }
-        QVERIFY(item);
-        item->trigger();
-        auto *window = main.findChild<CreateArchiveForm *>();
-        QVERIFY(window && window->isVisible());
-        QCOMPARE(window->windowModality(), Qt::ApplicationModal);
-        window->close();
-        QToolButton *button = nullptr;
-        for (QToolButton *candidate : main.centralWidget()->findChildren<QToolButton *>()) {
-            if (candidate->toolTip() == u"Créer un fichier d'archives"_qs)
-                button = candidate;
-        }
-        QVERIFY(button);
-        QTest::mouseClick(button, Qt::LeftButton);
-        QCOMPARE(main.findChildren<CreateArchiveForm *>().size(), 1);
-        QVERIFY(window->isVisible());
-    }
 };
 
 QTEST_MAIN(tst_CreateArchiveForm)

@@ -1,7 +1,6 @@
 #include "datadirectory.h"
 #include "extensionsform.h"
 #include "fakeservices.h"
-#include "mainform.h"
 #include "testsupport.h"
 #include "themesform.h"
 
@@ -14,7 +13,6 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
-#include <QMenuBar>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -279,36 +277,6 @@ private slots:
         QCOMPARE(firstWords, (QStringList{u"03-21-2001"_qs, u"GIF"_qs, u"TXT"_qs, u"V2\\E"_qs}));
     }
 
-    void mainWindowOpensBothWindowsFromMenuAndButton()
-    {
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm main(data, fakes.services());
-        main.show();
-        const QList<QPair<QString, QString>> commands = {{u"      Extensions "_qs, u"Ajouter/supprimer une extension"_qs},
-                                                         {u"Thèmes"_qs, u"Ajouter/supprimer un thème"_qs}};
-        for (const auto &[caption, hint] : commands) {
-            QAction *action = nullptr;
-            for (QAction *candidate : main.menuBar()->actions())
-                if (candidate->text() == caption)
-                    action = candidate;
-            QVERIFY(action);
-            action->trigger();
-            QWidget *window = QApplication::activeModalWidget();
-            QVERIFY(window && (qobject_cast<ExtensionsForm *>(window) || qobject_cast<ThemesForm *>(window)));
-            QVERIFY(window->isModal());
-            window->close();
-            QToolButton *button = nullptr;
-            for (QToolButton *candidate : main.findChildren<QToolButton *>())
-                if (candidate->toolTip() == hint)
-                    button = candidate;
-            QVERIFY(button);
-            QTest::mouseClick(button, Qt::LeftButton);
-            QCOMPARE(QApplication::activeModalWidget(), window); // created once, reused
-            window->close();
-        }
-    }
 };
 
 QTEST_MAIN(tst_ExtensionsForm)

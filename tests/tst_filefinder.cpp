@@ -5,7 +5,9 @@
 #include "searchthread.h"
 #include "testsupport.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QRandomGenerator>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -55,6 +57,21 @@ public:
     LinuxDirectoryLister real;
     QByteArray toRemove;
 };
+
+// A tree of `directories` nested at random depths, a few files in each.
+void makeRandomTree(const QString &root, int directories)
+{
+    QRandomGenerator random(7);
+    QStringList made = {root};
+    for (int i = 0; i < directories; ++i) {
+        const QString parent = made[random.bounded(int(made.size()))];
+        const QString child = parent + u"/D%1"_qs.arg(random.bounded(1000));
+        if (QDir().mkpath(child))
+            made.append(child);
+        for (int f = int(random.bounded(4)); f > 0; --f)
+            TestSupport::writeFile(child + u"/f%1.txt"_qs.arg(random.bounded(100)), "x");
+    }
+}
 
 } // namespace
 
@@ -277,6 +294,34 @@ private slots:
             release.storeRelease(1);
         } // waits for the walk
         QVERIFY(!finder.State());
+    }
+
+    void cancelledFromAnotherThreadKeepsAWholePrefix()
+    {
+        QTemporaryDir dir;
+        makeRandomTree(dir.path(), 600);
+        FakeDrives drives = cdAt(dir.path());
+        LinuxDirectoryLister lister;
+        FileFinder whole(drives, lister);
+        search(whole);
+        QVERIFY(whole.count() > 1000);
+        const QList<QByteArray> all = results(whole);
+
+        FileFinder finder(drives, lister);
+        for (int round = 0; round < 20; ++round) {
+            finder.setChemin(u"d:"_qs);
+            SearchThread walk(finder);
+            walk.start();
+            while (finder.count() < 50 * round && finder.State())
+                QThread::yieldCurrentThread();
+            finder.Annuler();
+            QDeadlineTimer deadline(10000);
+            while (finder.State() && !deadline.hasExpired())
+                QThread::msleep(1);
+            QVERIFY(!finder.State());
+            const QList<QByteArray> partial = results(finder);
+            QCOMPARE(partial, all.first(partial.size()));
+        }
     }
 
     void realTreeWithLinkLoopUnreadableAndRemovedDirectories()

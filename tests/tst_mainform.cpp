@@ -38,6 +38,14 @@ QAction *menuAction(MainForm &window, const QString &caption)
     return nullptr;
 }
 
+// A click as the window system delivers it, so that window modality applies to it.
+void clickThroughWindowSystem(QWidget *topLevel, QWidget *button)
+{
+    const QPoint centre = button->mapTo(topLevel, button->rect().center());
+    QTest::mouseClick(topLevel->windowHandle(), Qt::LeftButton, {}, centre);
+    QTest::qWait(20);
+}
+
 } // namespace
 
 class tst_MainForm : public QObject
@@ -126,7 +134,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         const QList<QToolButton *> buttons = pictureButtons(window);
 
-        QTest::mouseClick(buttons[7], Qt::LeftButton);
+        clickThroughWindowSystem(&window, buttons[7]);
         menuAction(window, u"            Aide"_qs)->trigger();
         QCOMPARE(fakes.launcher.documents, QStringList(2, dir.filePath(u"kalvex2.htm"_qs)));
 
@@ -136,8 +144,24 @@ private slots:
         QVERIFY(fakes.dialogs.shown.isEmpty());
     }
 
-    void archiveListAndFoldersOpenFromMenuAndButtonAsOneModalWindow()
+    void everyWindowOpensFromMenuAndButtonAsOneModalWindow_data()
     {
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QString>("form");
+        QTest::newRow("create") << u"Créer un fichier d'archives"_qs << 0 << u"CreateArchiveForm"_qs;
+        QTest::newRow("archive list") << u"Supprimer un fichier d'archives"_qs << 1 << u"ArchiveListForm"_qs;
+        QTest::newRow("search") << u"Recherche d'un fichier"_qs << 2 << u"SearchForm"_qs;
+        QTest::newRow("folders") << u"Dossiers d'archivage"_qs << 4 << u"FoldersForm"_qs;
+        QTest::newRow("extensions") << u"      Extensions "_qs << 5 << u"ExtensionsForm"_qs;
+        QTest::newRow("themes") << u"Thèmes"_qs << 6 << u"ThemesForm"_qs;
+    }
+
+    void everyWindowOpensFromMenuAndButtonAsOneModalWindow()
+    {
+        QFETCH(QString, caption);
+        QFETCH(int, button);
+        QFETCH(QString, form);
         QTemporaryDir dir;
         FakeServices fakes;
         const DataDirectory data(dir.path());
@@ -145,21 +169,29 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         const QList<QToolButton *> buttons = pictureButtons(window);
-        const struct { QString caption; int button; QString form; } commands[] = {
-            {u"Supprimer un fichier d'archives"_qs, 1, u"ArchiveListForm"_qs},
-            {u"Dossiers d'archivage"_qs, 4, u"FoldersForm"_qs},
+        const auto opened = [&]() -> QWidget * {
+            for (QWidget *child : window.findChildren<QWidget *>()) {
+                if (child->isWindow() && QLatin1String(child->metaObject()->className()) == form)
+                    return child;
+            }
+            return nullptr;
         };
-        for (const auto &command : commands) {
-            menuAction(window, command.caption)->trigger();
-            QWidget *opened = window.findChild<QWidget *>(command.form);
-            QVERIFY(opened && opened->isVisible());
-            QCOMPARE(opened->windowModality(), Qt::ApplicationModal);
-            opened->close();
-            QTest::mouseClick(buttons[command.button], Qt::LeftButton);
-            QCOMPARE(window.findChild<QWidget *>(command.form), opened);
-            QVERIFY(opened->isVisible());
-            opened->close();
-        }
+
+        menuAction(window, caption)->trigger();
+        QWidget *first = opened();
+        QVERIFY(first && first->isVisible());
+        QCOMPARE(first->windowModality(), Qt::ApplicationModal);
+        QVERIFY(QTest::qWaitForWindowExposed(first));
+        QCOMPARE(QApplication::activeModalWidget(), first);
+        // The main window does not react while the other one is open.
+        clickThroughWindowSystem(&window, buttons[7]);
+        QVERIFY(fakes.launcher.documents.isEmpty());
+        first->close();
+
+        QTest::mouseClick(buttons[button], Qt::LeftButton);
+        QCOMPARE(opened(), first); // created once, reused
+        QVERIFY(first->isVisible());
+        first->close();
     }
 
     void closingTheMainWindowEndsTheProgram()

@@ -1,7 +1,6 @@
 #include "archivefile.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
-#include "mainform.h"
 #include "searchform.h"
 #include "tablefile.h"
 #include "testsupport.h"
@@ -240,19 +239,6 @@ private slots:
         QCOMPARE(f.column(u"Classement alphabétique"_qs).size(), f.form.foundCount());
     }
 
-    void mainWindowOpensTheSearch()
-    {
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm main(data, fakes.services());
-        main.show();
-        main.openSearch();
-        SearchForm *search = main.findChild<SearchForm *>();
-        QVERIFY(search && search->isVisible());
-        main.openSearch();
-        QCOMPARE(main.findChildren<SearchForm *>().size(), 1);
-    }
 };
 
 QTEST_MAIN(tst_SearchForm)
