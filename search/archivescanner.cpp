@@ -32,10 +32,9 @@ void ArchiveScanner::judgeLine(QByteArrayView line, ResultChunk &out, qsizetype 
     if (rowCap > 0)
         rows = int(std::min<qsizetype>(rows, rowCap - qsizetype(out.rows.size())));
     // The path is kept as read: it is upper-cased only when shown.
-    const auto start = quint32(out.pool.size());
-    out.pool.insert(out.pool.end(), path.begin(), path.end());
+    const char *copy = out.store(path);
     for (int i = 0; i < rows; ++i)
-        out.rows.push_back({start, quint32(path.size()), quint32(parts.nameStart)});
+        out.rows.push_back({copy, quint32(path.size()), quint32(parts.nameStart)});
 }
 
 qsizetype ArchiveScanner::takeLine(QByteArrayView data, qsizetype pos, ResultChunk &out, qsizetype rowCap) const

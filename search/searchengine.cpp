@@ -63,7 +63,7 @@ void SearchRun::work()
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer;
-    size_t expectedPool = 0;
+    std::shared_ptr<PathBlock> block; // the one this thread fills
     size_t expectedRows = 0;
     for (;;) {
         const int archive = m_nextArchive.fetch_add(1);
@@ -72,8 +72,9 @@ void SearchRun::work()
         auto chunk = std::make_shared<ResultChunk>();
         chunk->archive = archive;
         // Archives of one search are alike: room for as many rows as the last one gave saves regrowth.
-        chunk->pool.reserve(expectedPool + expectedPool / 8);
         chunk->rows.reserve(expectedRows + expectedRows / 8);
+        if (block)
+            chunk->blocks.push_back(block);
         // An archive that cannot be opened or read gives no rows. Archives are mapped rather than
         // copied (they are only ever replaced whole, never rewritten in place); read when that fails.
         QFile file(m_request.archives[archive].filePath);
@@ -99,13 +100,14 @@ void SearchRun::work()
             if (mapped)
                 file.unmap(mapped);
         }
-        expectedPool = chunk->pool.size();
         expectedRows = chunk->rows.size();
         // Far fewer rows than room for them: the room is given back (a copy, so only then).
-        if (chunk->pool.capacity() > expectedPool + expectedPool / 4)
-            chunk->pool.shrink_to_fit();
         if (chunk->rows.capacity() > expectedRows + expectedRows / 4)
             chunk->rows.shrink_to_fit();
+        if (!chunk->blocks.empty())
+            block = chunk->blocks.back();
+        if (chunk->rows.empty())
+            chunk->blocks.clear();
         publish(archive, std::move(chunk));
     }
 

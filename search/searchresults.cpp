@@ -7,7 +7,49 @@
 #include <QHash>
 
 #include <array>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include <sys/mman.h>
+
+PathBlock::PathBlock(size_t capacity)
+{
+    // Whole huge pages, aligned on one, so the system may back the block with them.
+    constexpr size_t kHugePage = size_t(2) << 20;
+    m_capacity = (std::max<size_t>(capacity, 1) + kHugePage - 1) / kHugePage * kHugePage;
+    m_data = static_cast<char *>(std::aligned_alloc(kHugePage, m_capacity));
+    if (!m_data)
+        throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+    madvise(m_data, m_capacity, MADV_HUGEPAGE);
+#endif
+}
+
+PathBlock::~PathBlock()
+{
+    std::free(m_data);
+}
+
+const char *PathBlock::store(QByteArrayView path)
+{
+    if (size_t(path.size()) > m_capacity - m_used)
+        return nullptr;
+    char *copy = m_data + m_used;
+    std::memcpy(copy, path.data(), size_t(path.size()));
+    m_used += size_t(path.size());
+    return copy;
+}
+
+const char *ResultChunk::store(QByteArrayView path)
+{
+    if (!blocks.empty()) {
+        if (const char *copy = blocks.back()->store(path))
+            return copy;
+    }
+    blocks.push_back(std::make_shared<PathBlock>(std::max(PathBlock::kSize, size_t(path.size()))));
+    return blocks.back()->store(path);
+}
 
 void SearchResults::clear()
 {
@@ -66,8 +108,16 @@ QString SearchResults::sortedRow(qsizetype sorted) const
 qsizetype SearchResults::memoryUsed() const
 {
     qsizetype bytes = qsizetype(m_sorted.capacity() * sizeof(quint32) + m_chunkStarts.capacity() * sizeof(qsizetype));
-    for (const auto &chunk : m_chunks)
-        bytes += qsizetype(chunk->pool.capacity()) + qsizetype(chunk->rows.capacity() * sizeof(ResultRow)) + qsizetype(sizeof(ResultChunk));
+    std::vector<const PathBlock *> blocks;
+    for (const auto &chunk : m_chunks) {
+        bytes += qsizetype(chunk->rows.capacity() * sizeof(ResultRow) + sizeof(ResultChunk));
+        for (const auto &block : chunk->blocks)
+            blocks.push_back(block.get());
+    }
+    std::sort(blocks.begin(), blocks.end());
+    blocks.erase(std::unique(blocks.begin(), blocks.end()), blocks.end());
+    for (const PathBlock *block : blocks)
+        bytes += qsizetype(block->capacity());
     return bytes;
 }
 

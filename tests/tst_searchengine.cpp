@@ -302,9 +302,7 @@ private slots:
         auto chunk = std::make_shared<ResultChunk>();
         const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
         for (int i = 0; i < 1000000; ++i) {
-            const auto start = quint32(chunk->pool.size());
-            chunk->pool.insert(chunk->pool.end(), path.begin(), path.end());
-            chunk->rows.push_back({start, quint32(path.size()), 19});
+            chunk->rows.push_back({chunk->store(path), quint32(path.size()), 19});
         }
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
