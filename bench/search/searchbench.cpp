@@ -29,6 +29,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -210,9 +211,11 @@ int main(int argc, char **argv)
         args.remove(at, 2);
     }
     const int archives = args.size() > 0 ? args[0].toInt() : 1000;
-    QTemporaryDir temporary(args.size() > 1 ? args[1] + QStringLiteral("/kalvex-bench-XXXXXX")
-                                            : QDir::tempPath() + QStringLiteral("/kalvex-bench-XXXXXX"));
-    const QString work = kept.isEmpty() ? temporary.path() : kept;
+    std::optional<QTemporaryDir> temporary;
+    if (kept.isEmpty())
+        temporary.emplace(args.size() > 1 ? args[1] + QStringLiteral("/kalvex-bench-XXXXXX")
+                                          : QDir::tempPath() + QStringLiteral("/kalvex-bench-XXXXXX"));
+    const QString work = temporary ? temporary->path() : kept;
     const QString folder = work + QStringLiteral("/Divers");
     QElapsedTimer timer;
     timer.start();
