@@ -298,15 +298,23 @@ private slots:
 
     void millionRowsStayCompact()
     {
+        // Distinct paths over many blocks, and one longer than a block: each row keeps its own.
         SearchResults results;
         auto chunk = std::make_shared<ResultChunk>();
-        const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
         for (int i = 0; i < 1000000; ++i) {
+            const QByteArray path = "d:\\PHOTOS\\VACANCES\\img_" + QByteArray::number(999999 - i) + ".jpg";
             chunk->rows.push_back({chunk->store(path), quint32(path.size()), 19});
         }
+        const QByteArray huge = "d:\\" + QByteArray(5 << 20, 'x');
+        chunk->rows.push_back({chunk->store(huge), quint32(huge.size()), 3});
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
-        QCOMPARE(results.fileName(999999), "IMG_0001.JPG");
+        for (int i = 0; i < 1000000; i += 997)
+            QCOMPARE(results.fileName(i), "IMG_" + QByteArray::number(999999 - i) + ".JPG");
+        QCOMPARE(results.path(999999), "D:\\PHOTOS\\VACANCES\\IMG_0.JPG");
+        QCOMPARE(results.fileName(1000000), QByteArray(5 << 20, 'X'));
+        QCOMPARE(results.sortedIndex(0), 999999);
+        QCOMPARE(results.sortedIndex(1000000), 1000000);
         QVERIFY2(results.memoryUsed() < 100 * 1024 * 1024, QByteArray::number(results.memoryUsed()));
     }
 };
