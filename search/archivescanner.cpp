@@ -11,41 +11,6 @@
 #define KALVEX_HAVE_X86 1
 #endif
 
-namespace {
-
-// The bytes that upper-case to `upper`; false when there are more than two.
-bool casesOf(unsigned char upper, std::array<unsigned char, 2> &cases)
-{
-    const unsigned char *table = Windows1252::upperTable();
-    int found = 0;
-    for (int b = 0; b < 256; ++b) {
-        if (table[b] == upper) {
-            if (found == 2)
-                return false;
-            cases[size_t(found++)] = static_cast<unsigned char>(b);
-        }
-    }
-    if (found == 0)
-        return false;
-    if (found == 1)
-        cases[1] = cases[0];
-    return true;
-}
-
-void appendRows(ResultChunk &out, QByteArrayView path, int rows, qsizetype rowCap)
-{
-    const qsizetype start = out.pool.size();
-    out.pool.append(path.data(), path.size());
-    const auto nameOffset = quint32(splitPath(path).nameStart);
-    for (int i = 0; i < rows; ++i) {
-        if (rowCap > 0 && qsizetype(out.rows.size()) >= rowCap)
-            return;
-        out.rows.push_back({start, quint32(path.size()), nameOffset});
-    }
-}
-
-} // namespace
-
 ArchiveScanner::ArchiveScanner(SearchKind kind, QByteArray term)
     : m_kind(kind)
     , m_term(std::move(term))
@@ -57,14 +22,19 @@ ArchiveScanner::ArchiveScanner(SearchKind kind, QByteArray term)
                   && casesOf(static_cast<unsigned char>(m_term.back()), m_last);
 }
 
-bool ArchiveScanner::matchesAt(const char *at) const
+void ArchiveScanner::judgeLine(QByteArrayView line, ResultChunk &out, qsizetype rowCap) const
 {
-    const unsigned char *table = Windows1252::upperTable();
-    for (qsizetype i = 0; i < m_term.size(); ++i) {
-        if (char(table[static_cast<unsigned char>(at[i])]) != m_term[i])
-            return false;
-    }
-    return true;
+    const QByteArrayView path = unquotedArchiveLine(line);
+    const PathParts parts = splitPath(path);
+    int rows = rowsForPath(m_kind, path, parts, m_term);
+    if (rows == 0)
+        return;
+    if (rowCap > 0)
+        rows = int(std::min<qsizetype>(rows, rowCap - qsizetype(out.rows.size())));
+    // The path is kept as read: it is upper-cased only when shown.
+    const char *copy = out.store(path);
+    for (int i = 0; i < rows; ++i)
+        out.rows.push_back({copy, quint32(path.size()), quint32(parts.nameStart)});
 }
 
 qsizetype ArchiveScanner::takeLine(QByteArrayView data, qsizetype pos, ResultChunk &out, qsizetype rowCap) const
@@ -74,19 +44,10 @@ qsizetype ArchiveScanner::takeLine(QByteArrayView data, qsizetype pos, ResultChu
     const qsizetype lineStart = previousEnd ? static_cast<const char *>(previousEnd) - base + 1 : 0;
     const void *end = std::memchr(base + pos, '\n', size_t(data.size() - pos));
     const qsizetype lineEnd = end ? static_cast<const char *>(end) - base : data.size();
-
     QByteArrayView line = data.sliced(lineStart, lineEnd - lineStart);
     if (line.endsWith('\r'))
         line.chop(1);
-    thread_local QByteArray upper;
-    upper.resize(line.size());
-    const unsigned char *table = Windows1252::upperTable();
-    for (qsizetype i = 0; i < line.size(); ++i)
-        upper[i] = char(table[static_cast<unsigned char>(line[i])]);
-    const QByteArrayView path = unquotedArchiveLine(upper);
-    const int rows = rowsForPath(m_kind, path, m_term);
-    if (rows > 0)
-        appendRows(out, path, rows, rowCap);
+    judgeLine(line, out, rowCap);
     return lineEnd + 1;
 }
 
@@ -98,53 +59,88 @@ void ArchiveScanner::scanLineByLine(QByteArrayView data, ResultChunk &out, qsize
     while (reader.next(line)) {
         if ((rowCap > 0 && qsizetype(out.rows.size()) >= rowCap) || (stop && stop->load(std::memory_order_relaxed)))
             return;
-        const QByteArray upper = Windows1252::toUpper(line);
-        const QByteArrayView path = unquotedArchiveLine(upper);
-        const int rows = rowsForPath(m_kind, path, m_term);
-        if (rows > 0)
-            appendRows(out, path, rows, rowCap);
+        judgeLine(line, out, rowCap);
     }
 }
 
 #ifdef KALVEX_HAVE_X86
 namespace {
 
-// The candidates of a 32-byte block at `at`: bit k set when the byte at k may start the term (its
-// first byte) and the byte at k + distance may end it.
-__attribute__((target("avx2"))) quint32 candidatesAvx2(const char *at, qsizetype distance,
-                                                         const std::array<unsigned char, 2> &first,
-                                                         const std::array<unsigned char, 2> &last)
+// The scanners' blocks: 64 bytes, whose candidates make one 64-bit mask. Bit k is set when the byte
+// at k may start the term (its first byte in either case) and the byte at k + distance may end it.
+constexpr qsizetype kBlock = 64;
+
+__attribute__((target("avx2"), always_inline)) inline __m256i hitsAvx2(const char *at, qsizetype distance, __m256i first0,
+                                                                       __m256i first1, __m256i last0, __m256i last1)
 {
     const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at));
     const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at + distance));
-    const __m256i startHit = _mm256_or_si256(_mm256_cmpeq_epi8(a, _mm256_set1_epi8(char(first[0]))),
-                                             _mm256_cmpeq_epi8(a, _mm256_set1_epi8(char(first[1]))));
-    const __m256i endHit = _mm256_or_si256(_mm256_cmpeq_epi8(b, _mm256_set1_epi8(char(last[0]))),
-                                           _mm256_cmpeq_epi8(b, _mm256_set1_epi8(char(last[1]))));
-    return quint32(_mm256_movemask_epi8(_mm256_and_si256(startHit, endHit)));
+    return _mm256_and_si256(_mm256_or_si256(_mm256_cmpeq_epi8(a, first0), _mm256_cmpeq_epi8(a, first1)),
+                            _mm256_or_si256(_mm256_cmpeq_epi8(b, last0), _mm256_cmpeq_epi8(b, last1)));
 }
 
-quint32 candidatesSse2(const char *at, qsizetype distance, const std::array<unsigned char, 2> &first,
-                       const std::array<unsigned char, 2> &last)
+// The first block from `pos` on, up to `limit` (the last block start), that holds a candidate; its
+// start, or a position past `limit` when none does.
+__attribute__((target("avx2"))) qsizetype findBlockAvx2(const char *base, qsizetype pos, qsizetype limit,
+                                                          qsizetype distance, const std::array<unsigned char, 2> &first,
+                                                          const std::array<unsigned char, 2> &last, quint64 &mask)
 {
-    quint32 mask = 0;
-    for (int half = 0; half < 2; ++half) {
-        const char *p = at + half * 16;
-        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + distance));
-        const __m128i startHit = _mm_or_si128(_mm_cmpeq_epi8(a, _mm_set1_epi8(char(first[0]))),
-                                              _mm_cmpeq_epi8(a, _mm_set1_epi8(char(first[1]))));
-        const __m128i endHit = _mm_or_si128(_mm_cmpeq_epi8(b, _mm_set1_epi8(char(last[0]))),
-                                            _mm_cmpeq_epi8(b, _mm_set1_epi8(char(last[1]))));
-        mask |= quint32(_mm_movemask_epi8(_mm_and_si128(startHit, endHit))) << (half * 16);
+    const __m256i first0 = _mm256_set1_epi8(char(first[0]));
+    const __m256i first1 = _mm256_set1_epi8(char(first[1]));
+    const __m256i last0 = _mm256_set1_epi8(char(last[0]));
+    const __m256i last1 = _mm256_set1_epi8(char(last[1]));
+    for (; pos <= limit; pos += kBlock) {
+        const __m256i low = hitsAvx2(base + pos, distance, first0, first1, last0, last1);
+        const __m256i high = hitsAvx2(base + pos + 32, distance, first0, first1, last0, last1);
+        const __m256i any = _mm256_or_si256(low, high);
+        if (!_mm256_testz_si256(any, any)) {
+            mask = quint64(quint32(_mm256_movemask_epi8(low))) | quint64(quint32(_mm256_movemask_epi8(high))) << 32;
+            return pos;
+        }
     }
-    return mask;
+    return pos;
 }
 
-const bool kHaveAvx2 = __builtin_cpu_supports("avx2");
+qsizetype findBlockSse2(const char *base, qsizetype pos, qsizetype limit, qsizetype distance,
+                        const std::array<unsigned char, 2> &first, const std::array<unsigned char, 2> &last, quint64 &mask)
+{
+    const __m128i first0 = _mm_set1_epi8(char(first[0]));
+    const __m128i first1 = _mm_set1_epi8(char(first[1]));
+    const __m128i last0 = _mm_set1_epi8(char(last[0]));
+    const __m128i last1 = _mm_set1_epi8(char(last[1]));
+    const auto hits = [&](const char *at) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at + distance));
+        return quint64(quint32(_mm_movemask_epi8(_mm_and_si128(_mm_or_si128(_mm_cmpeq_epi8(a, first0), _mm_cmpeq_epi8(a, first1)),
+                                                              _mm_or_si128(_mm_cmpeq_epi8(b, last0), _mm_cmpeq_epi8(b, last1))))));
+    };
+    for (; pos <= limit; pos += kBlock) {
+        const quint64 found = hits(base + pos) | hits(base + pos + 16) << 16 | hits(base + pos + 32) << 32
+                              | hits(base + pos + 48) << 48;
+        if (found) {
+            mask = found;
+            return pos;
+        }
+    }
+    return pos;
+}
+
+bool g_useAvx2 = __builtin_cpu_supports("avx2");
 
 } // namespace
 #endif
+
+bool ArchiveScanner::allowAvx2(bool allowed)
+{
+#ifdef KALVEX_HAVE_X86
+    const bool was = g_useAvx2;
+    g_useAvx2 = allowed && __builtin_cpu_supports("avx2");
+    return was;
+#else
+    Q_UNUSED(allowed);
+    return false;
+#endif
+}
 
 void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCap, const std::atomic_bool *stop) const
 {
@@ -158,16 +154,23 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
     const auto full = [&] { return rowCap > 0 && qsizetype(out.rows.size()) >= rowCap; };
     qsizetype pos = 0;
 #ifdef KALVEX_HAVE_X86
-    constexpr qsizetype kBlock = 32;
-    qsizetype blocks = 0;
-    while (pos + n - 1 + kBlock <= size) {
-        quint32 mask = kHaveAvx2 ? candidatesAvx2(base + pos, n - 1, m_first, m_last)
-                                 : candidatesSse2(base + pos, n - 1, m_first, m_last);
+    // Blocks read up to n - 1 bytes past their end: the last one must still lie inside the data.
+    const qsizetype limit = size - (n - 1) - kBlock;
+    constexpr qsizetype kStopCheck = qsizetype(1) << 20; // bytes scanned between looks at the stop flag
+    while (pos <= limit) {
+        if (stop && stop->load(std::memory_order_relaxed))
+            return;
+        const qsizetype sliceLimit = std::min(limit, pos + kStopCheck);
+        quint64 mask = 0;
+        pos = g_useAvx2 ? findBlockAvx2(base, pos, sliceLimit, n - 1, m_first, m_last, mask)
+                        : findBlockSse2(base, pos, sliceLimit, n - 1, m_first, m_last, mask);
+        if (pos > sliceLimit)
+            continue; // no candidate in this slice
         qsizetype next = pos + kBlock;
         while (mask) {
-            const qsizetype at = pos + __builtin_ctz(mask);
+            const qsizetype at = pos + __builtin_ctzll(mask);
             mask &= mask - 1;
-            if (matchesAt(base + at)) {
+            if (equalsUpperCased(base + at, m_term)) {
                 next = takeLine(data, at, out, rowCap);
                 break; // the rest of that line is judged; go on after it
             }
@@ -175,12 +178,10 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
         pos = next;
         if (full())
             return;
-        if ((++blocks & 0xFFFF) == 0 && stop && stop->load(std::memory_order_relaxed))
-            return;
     }
 #endif
     for (; pos + n <= size && !full(); ++pos) {
-        if (matchesAt(base + pos))
+        if (equalsUpperCased(base + pos, m_term))
             pos = takeLine(data, pos, out, rowCap) - 1;
     }
 }

@@ -10,8 +10,8 @@
 #include <atomic>
 
 // Finds the rows of one archive's bytes. The bytes are scanned in blocks for the term in either
-// letter case; only the lines around a hit are split, upper-cased and judged by rowsForPath(), so
-// the rows are exactly those of a line-by-line reading (lines end with LF or CR LF).
+// letter case; only the lines around a hit are split and judged by rowsForPath(), so the rows are
+// exactly those of a line-by-line reading (lines end with LF or CR LF).
 class ArchiveScanner
 {
 public:
@@ -22,11 +22,15 @@ public:
     void scan(QByteArrayView data, ResultChunk &out, qsizetype rowCap = 0,
               const std::atomic_bool *stop = nullptr) const;
 
+    // Whether blocks are scanned with AVX2 where the processor has it (else SSE2); returns the
+    // previous setting. For checking both scans on one machine.
+    static bool allowAvx2(bool allowed);
+
 private:
     // Judges the line holding `pos`; returns the position after it.
     qsizetype takeLine(QByteArrayView data, qsizetype pos, ResultChunk &out, qsizetype rowCap) const;
     void scanLineByLine(QByteArrayView data, ResultChunk &out, qsizetype rowCap, const std::atomic_bool *stop) const;
-    bool matchesAt(const char *at) const;
+    void judgeLine(QByteArrayView line, ResultChunk &out, qsizetype rowCap) const;
 
     SearchKind m_kind;
     QByteArray m_term;

@@ -21,7 +21,6 @@ SearchRun::SearchRun(SearchRequest request, QObject *parent)
     : QObject(parent)
     , m_request(std::move(request))
 {
-    m_request.threads = std::max(1, m_request.threads);
     m_scanned.resize(size_t(m_request.archives.size()));
     m_ready.resize(size_t(m_request.archives.size()), false);
 }
@@ -64,26 +63,51 @@ void SearchRun::work()
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer;
+    std::shared_ptr<PathBlock> block; // the one this thread fills
+    size_t expectedRows = 0;
     for (;;) {
         const int archive = m_nextArchive.fetch_add(1);
         if (archive >= m_request.archives.size() || m_stop.load())
             break;
         auto chunk = std::make_shared<ResultChunk>();
         chunk->archive = archive;
-        // An archive that cannot be opened or read gives no rows.
+        // Archives of one search are alike: room for as many rows as the last one gave saves regrowth.
+        chunk->rows.reserve(expectedRows + expectedRows / 8);
+        if (block)
+            chunk->blocks.push_back(block);
+        // An archive that cannot be opened or read gives no rows. Archives are mapped rather than
+        // copied (they are only ever replaced whole, never rewritten in place); read when that fails.
         QFile file(m_request.archives[archive].filePath);
         if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            buffer.resize(file.size());
-            qint64 got = 0;
-            while (got < buffer.size()) {
-                const qint64 n = file.read(buffer.data() + got, buffer.size() - got);
-                if (n <= 0)
-                    break;
-                got += n;
+            const qint64 size = file.size();
+            uchar *mapped = size > 0 ? file.map(0, size) : nullptr;
+            QByteArrayView data;
+            if (mapped) {
+                data = QByteArrayView(mapped, size);
+            } else {
+                buffer.resize(size);
+                qint64 got = 0;
+                while (got < buffer.size()) {
+                    const qint64 n = file.read(buffer.data() + got, buffer.size() - got);
+                    if (n <= 0)
+                        break;
+                    got += n;
+                }
+                data = QByteArrayView(buffer).first(got);
             }
             // No archive holds more rows than the whole search may keep.
-            scanner.scan(QByteArrayView(buffer).first(got), *chunk, m_request.rowLimit, &m_stop);
+            scanner.scan(data, *chunk, m_request.rowLimit, &m_stop);
+            if (mapped)
+                file.unmap(mapped);
         }
+        expectedRows = chunk->rows.size();
+        // Far fewer rows than room for them: the room is given back (a copy, so only then).
+        if (chunk->rows.capacity() > expectedRows + expectedRows / 4)
+            chunk->rows.shrink_to_fit();
+        if (!chunk->blocks.empty())
+            block = chunk->blocks.back();
+        if (chunk->rows.empty())
+            chunk->blocks.clear();
         publish(archive, std::move(chunk));
     }
 

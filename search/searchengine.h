@@ -76,7 +76,8 @@ private:
     void work();
     void publish(int archive, std::shared_ptr<ResultChunk> chunk);
 
-    SearchRequest m_request;
+    // Read by every worker at once: const, so no access can detach (copy) the shared lists.
+    const SearchRequest m_request;
     std::atomic_bool m_stop{false};
     std::atomic_bool m_finished{false};
     std::atomic_bool m_limitReached{false};

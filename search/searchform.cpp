@@ -437,11 +437,14 @@ void SearchForm::startSearch(SearchKind kind, const QString &typed)
 
     m_run = std::make_unique<SearchRun>(std::move(request));
     SearchRun *run = m_run.get();
-    // Signals come from the worker threads; rows and progress of a run already replaced are ignored.
-    connect(run, &SearchRun::chunksReady, this, [this, run] { if (m_run.get() == run) takeRows(); }, Qt::QueuedConnection);
-    connect(run, &SearchRun::progressed, this, [this, run](int done) { if (m_run.get() == run) showProgress(done); },
+    // Signals come from the worker threads. Those of a run already replaced may still be queued (and
+    // the new run may have its address), so each run is known by its serial number.
+    const quint64 serial = ++m_runSerial;
+    const auto current = [this, serial] { return m_run && m_runSerial == serial; };
+    connect(run, &SearchRun::chunksReady, this, [this, current] { if (current()) takeRows(); }, Qt::QueuedConnection);
+    connect(run, &SearchRun::progressed, this, [this, current](int done) { if (current()) showProgress(done); },
             Qt::QueuedConnection);
-    connect(run, &SearchRun::finished, this, [this, run] { if (m_run.get() == run) finishSearch(); }, Qt::QueuedConnection);
+    connect(run, &SearchRun::finished, this, [this, current] { if (current()) finishSearch(); }, Qt::QueuedConnection);
     showProgress(0);
     run->start();
 }

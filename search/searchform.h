@@ -111,6 +111,7 @@ private:
     SearchResults m_results;
     QList<ResultListModel *> m_models;
     std::unique_ptr<SearchRun> m_run;
+    quint64 m_runSerial = 0;
     QStringList m_searchFolders;      // all-folders search: the folder of each stretch of archives
     QList<int> m_folderFirstArchive;  // ... and the index of its first archive
     int m_shownFolder = -1;

@@ -4,8 +4,52 @@
 #include "windows1252.h"
 
 #include <algorithm>
-#include <charconv>
+#include <QHash>
+
+#include <array>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include <sys/mman.h>
+
+PathBlock::PathBlock(size_t capacity)
+{
+    // Whole huge pages, aligned on one, so the system may back the block with them.
+    constexpr size_t kHugePage = size_t(2) << 20;
+    m_capacity = (std::max<size_t>(capacity, 1) + kHugePage - 1) / kHugePage * kHugePage;
+    m_data = static_cast<char *>(std::aligned_alloc(kHugePage, m_capacity));
+    if (!m_data)
+        throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+    madvise(m_data, m_capacity, MADV_HUGEPAGE);
+#endif
+}
+
+PathBlock::~PathBlock()
+{
+    std::free(m_data);
+}
+
+const char *PathBlock::store(QByteArrayView path)
+{
+    if (size_t(path.size()) > m_capacity - m_used)
+        return nullptr;
+    char *copy = m_data + m_used;
+    std::memcpy(copy, path.data(), size_t(path.size()));
+    m_used += size_t(path.size());
+    return copy;
+}
+
+const char *ResultChunk::store(QByteArrayView path)
+{
+    if (!blocks.empty()) {
+        if (const char *copy = blocks.back()->store(path))
+            return copy;
+    }
+    blocks.push_back(std::make_shared<PathBlock>(std::max(PathBlock::kSize, size_t(path.size()))));
+    return blocks.back()->store(path);
+}
 
 void SearchResults::clear()
 {
@@ -32,22 +76,22 @@ SearchResults::Located SearchResults::locate(qsizetype row) const
     return {chunk, &chunk->rows[size_t(row - m_chunkStarts[index])]};
 }
 
-QByteArrayView SearchResults::path(qsizetype row) const
+QByteArray SearchResults::path(qsizetype row) const
 {
     const Located at = locate(row);
-    return QByteArrayView(at.chunk->pool).sliced(at.row->pathStart, at.row->pathLength);
+    return Windows1252::toUpper(at.chunk->path(*at.row));
 }
 
-QByteArrayView SearchResults::fileName(qsizetype row) const
+QByteArray SearchResults::fileName(qsizetype row) const
 {
     const Located at = locate(row);
-    return QByteArrayView(at.chunk->pool)
-        .sliced(at.row->pathStart + at.row->nameOffset, at.row->pathLength - at.row->nameOffset);
+    return Windows1252::toUpper(at.chunk->fileName(*at.row));
 }
 
-QByteArrayView SearchResults::extension(qsizetype row) const
+QByteArray SearchResults::extension(qsizetype row) const
 {
-    return extensionColumnOf(path(row));
+    const Located at = locate(row);
+    return Windows1252::toUpper(extensionColumnOf(at.chunk->path(*at.row)));
 }
 
 QString SearchResults::archiveName(qsizetype row) const
@@ -64,77 +108,126 @@ QString SearchResults::sortedRow(qsizetype sorted) const
 qsizetype SearchResults::memoryUsed() const
 {
     qsizetype bytes = qsizetype(m_sorted.capacity() * sizeof(quint32) + m_chunkStarts.capacity() * sizeof(qsizetype));
-    for (const auto &chunk : m_chunks)
-        bytes += chunk->pool.capacity() + qsizetype(chunk->rows.capacity() * sizeof(ResultRow)) + qsizetype(sizeof(ResultChunk));
+    std::vector<const PathBlock *> blocks;
+    for (const auto &chunk : m_chunks) {
+        bytes += qsizetype(chunk->rows.capacity() * sizeof(ResultRow) + sizeof(ResultChunk));
+        for (const auto &block : chunk->blocks)
+            blocks.push_back(block.get());
+    }
+    std::sort(blocks.begin(), blocks.end());
+    blocks.erase(std::unique(blocks.begin(), blocks.end()), blocks.end());
+    for (const PathBlock *block : blocks)
+        bytes += qsizetype(block->capacity());
     return bytes;
 }
 
 namespace {
 
-struct SortKey
+// The letter each byte sorts as: upper-cased, accented capitals as their base letter.
+std::array<unsigned char, 256> makeSortLetters()
 {
+    const unsigned char *upper = Windows1252::upperTable();
+    // Windows-1252 0xC0 to 0xDF, then Š, Œ, Ž and Ÿ.
+    const char accented[] = "AAAAAAACEEEEIIIIDNOOOOO\xd7OUUUUY\xdeS";
+    std::array<unsigned char, 256> letters{};
+    for (int b = 0; b < 256; ++b) {
+        unsigned char u = upper[b];
+        if (u >= 0xC0 && u <= 0xDF)
+            u = static_cast<unsigned char>(accented[u - 0xC0]);
+        else if (u == 0x8A)
+            u = 'S';
+        else if (u == 0x8C)
+            u = 'O';
+        else if (u == 0x8E)
+            u = 'Z';
+        else if (u == 0x9F)
+            u = 'Y';
+        letters[size_t(b)] = u;
+    }
+    return letters;
+}
+
+// A row's place in the alphabetical view: its first sort letters, big-endian, so most rows are
+// ordered by integer comparisons, and where its name lies for the others.
+constexpr int kHeadWords = 4;
+constexpr quint32 kHeadLetters = kHeadWords * 8;
+
+struct SortEntry
+{
+    quint64 head[kHeadWords];
     const char *name;
     quint32 length;
+    quint32 row; // of a distinct name: its index among them
 };
 
-// The text after a sorted row's name: 60 blanks, then the index with its sign position.
-struct RowTail
+// -1, 0 or 1 as `a` sorts before, with or after `b`, letter by letter through `table` from `from` on.
+int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *table, quint32 from)
 {
-    explicit RowTail(quint32 index)
-    {
-        std::memset(text, ' ', 61);
-        length = 61 + int(std::to_chars(text + 61, text + sizeof text, index).ptr - (text + 61));
+    const quint32 common = std::min(a.length, b.length);
+    for (quint32 i = from; i < common; ++i) {
+        const unsigned char ca = table[static_cast<unsigned char>(a.name[i])];
+        const unsigned char cb = table[static_cast<unsigned char>(b.name[i])];
+        if (ca != cb)
+            return ca < cb ? -1 : 1;
     }
-    char text[72];
-    int length = 0;
-};
+    return a.length == b.length ? 0 : a.length < b.length ? -1 : 1;
+}
 
 } // namespace
 
 std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks)
 {
-    std::vector<SortKey> keys;
+    static const std::array<unsigned char, 256> letters = makeSortLetters();
+    const unsigned char *upper = Windows1252::upperTable();
+
+    // Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
+    // name): each distinct name is sorted once, then the rows are placed by their name's rank.
+    size_t total = 0;
+    for (const auto &chunk : chunks)
+        total += chunk->rows.size();
+    std::vector<quint32> nameOfRow;
+    nameOfRow.reserve(total);
+    QHash<QByteArrayView, quint32> ids;
+    std::vector<SortEntry> names;
     for (const auto &chunk : chunks) {
-        for (const ResultRow &row : chunk->rows)
-            keys.push_back({chunk->pool.constData() + row.pathStart + row.nameOffset, row.pathLength - row.nameOffset});
+        for (const ResultRow &row : chunk->rows) {
+            const QByteArrayView name = chunk->fileName(row);
+            auto at = ids.constFind(name);
+            if (at == ids.constEnd()) {
+                at = ids.insert(name, quint32(names.size()));
+                SortEntry entry{{}, name.data(), quint32(name.size()), quint32(names.size())};
+                const auto length = std::min<qsizetype>(kHeadLetters, name.size());
+                for (qsizetype i = 0; i < length; ++i)
+                    entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
+                names.push_back(entry);
+            }
+            nameOfRow.push_back(*at);
+        }
     }
-    std::vector<quint32> order(keys.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        order[i] = quint32(i);
-    std::sort(order.begin(), order.end(), [&keys](quint32 a, quint32 b) {
-        const SortKey &ka = keys[a];
-        const SortKey &kb = keys[b];
-        const quint32 common = std::min(ka.length, kb.length);
-        const int c = std::memcmp(ka.name, kb.name, common);
-        if (c != 0)
-            return c < 0;
-        // Equal up to the shorter name: the rest of both rows' texts decides, blanks and index included.
-        if (ka.length != kb.length) {
-            const char next = ka.length > kb.length ? ka.name[common] : kb.name[common];
-            if (next != ' ') // the shorter row goes on with a blank
-                return (ka.length < kb.length) == (' ' < static_cast<unsigned char>(next));
-        } else {
-            char da[16], db[16];
-            const auto ea = std::to_chars(da, da + sizeof da, a).ptr;
-            const auto eb = std::to_chars(db, db + sizeof db, b).ptr;
-            return std::lexicographical_compare(da, ea, db, eb);
+    ids.clear();
+    std::sort(names.begin(), names.end(), [&](const SortEntry &a, const SortEntry &b) {
+        for (int i = 0; i < kHeadWords; ++i) {
+            if (a.head[i] != b.head[i])
+                return a.head[i] < b.head[i];
         }
-        const RowTail ta(a);
-        const RowTail tb(b);
-        const auto at = [](const SortKey &key, const RowTail &tail, qsizetype k) -> int {
-            if (k < key.length)
-                return static_cast<unsigned char>(key.name[k]);
-            k -= key.length;
-            return k < tail.length ? static_cast<unsigned char>(tail.text[k]) : -1;
-        };
-        const qsizetype end = std::max(ka.length + ta.length, kb.length + tb.length);
-        for (qsizetype k = common; k < end; ++k) {
-            const int ca = at(ka, ta, k);
-            const int cb = at(kb, tb, k);
-            if (ca != cb)
-                return ca < cb;
-        }
-        return a < b;
+        if (const int byLetters = compareNames(a, b, letters.data(), kHeadLetters))
+            return byLetters < 0;
+        return compareNames(a, b, upper, 0) < 0;
     });
+
+    // Rows by their name's rank, the same name's rows in the order found.
+    std::vector<quint32> firstOfRank(names.size() + 1, 0);
+    std::vector<quint32> rankOfName(names.size());
+    for (size_t rank = 0; rank < names.size(); ++rank)
+        rankOfName[names[rank].row] = quint32(rank);
+    for (quint32 &name : nameOfRow) {
+        name = rankOfName[name];
+        ++firstOfRank[name + 1];
+    }
+    for (size_t rank = 1; rank < firstOfRank.size(); ++rank)
+        firstOfRank[rank] += firstOfRank[rank - 1];
+    std::vector<quint32> order(total);
+    for (size_t row = 0; row < total; ++row)
+        order[firstOfRank[nameOfRow[row]]++] = quint32(row);
     return order;
 }

@@ -8,21 +8,48 @@
 #include <memory>
 #include <vector>
 
-// One found row: where its path lies in its chunk's pool. Rows of a path found twice (a string
-// occurring twice in a name) share the path's bytes.
+// Memory for found paths: large blocks taken from the system at once (in huge pages where it gives
+// them), so that millions of rows cost a few page faults rather than one per 4 KB. The chunks of one
+// worker thread fill a block in turn; each chunk keeps the blocks holding its paths.
+class PathBlock
+{
+public:
+    static constexpr size_t kSize = size_t(4) << 20;
+
+    explicit PathBlock(size_t capacity = kSize);
+    ~PathBlock();
+    PathBlock(const PathBlock &) = delete;
+    PathBlock &operator=(const PathBlock &) = delete;
+
+    // Where `path` was copied; nullptr when it does not fit.
+    const char *store(QByteArrayView path);
+    size_t capacity() const { return m_capacity; }
+
+private:
+    char *m_data = nullptr;
+    size_t m_capacity = 0;
+    size_t m_used = 0;
+};
+
+// One found row. Rows of a path found twice (a string occurring twice in a name) share its bytes.
 struct ResultRow
 {
-    qsizetype pathStart = 0;
+    const char *path = nullptr;
     quint32 pathLength = 0;
     quint32 nameOffset = 0; // the file name's start within the path
 };
 
-// The rows one archive gave: the upper-cased stored paths side by side in one pool.
+// The rows one archive gave, with the stored paths as read (quotes dropped, letters as catalogued).
 struct ResultChunk
 {
     int archive = 0; // index into the search's archive names
-    QByteArray pool;
+    std::vector<std::shared_ptr<PathBlock>> blocks; // those holding its paths; the last one is filled
     std::vector<ResultRow> rows;
+
+    // Copies `path` into the last block, or into a new one when it is full; returns the copy.
+    const char *store(QByteArrayView path);
+    QByteArrayView path(const ResultRow &row) const { return {row.path, row.pathLength}; }
+    QByteArrayView fileName(const ResultRow &row) const { return path(row).sliced(row.nameOffset); }
 };
 
 // The result rows of a search, in the order found, stored compactly: chunks of paths and offsets,
@@ -38,9 +65,10 @@ public:
     qsizetype size() const { return m_size; }
     bool isEmpty() const { return m_size == 0; }
 
-    QByteArrayView path(qsizetype row) const;
-    QByteArrayView fileName(qsizetype row) const;
-    QByteArrayView extension(qsizetype row) const;
+    // The columns of a row as shown: upper-cased Windows-1252.
+    QByteArray path(qsizetype row) const;
+    QByteArray fileName(qsizetype row) const;
+    QByteArray extension(qsizetype row) const;
     QString archiveName(qsizetype row) const;
 
     // The alphabetical view: row `sorted` of it shows the order-found row sortedIndex(sorted).
@@ -49,7 +77,9 @@ public:
     qsizetype sortedIndex(qsizetype sorted) const { return m_sorted[size_t(sorted)]; }
     QString sortedRow(qsizetype sorted) const;
 
-    // The order of the alphabetical view: rows sorted by their text (file name, 60 blanks, index).
+    // The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
+    // accented capital beside its base letter (É with E), names equal so far by their bytes, and the
+    // same name in the order found.
     static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks);
 
     // Bytes held, for the memory budget.

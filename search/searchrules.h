@@ -4,11 +4,14 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <array>
+
 // The three ways of searching the archives.
 enum class SearchKind { Name, String, Extension };
 
-// A stored path as the search reads it: the archive line upper-cased (Windows-1252) and, when
-// longer than two characters, less its first and last characters (the quotes).
+// A stored path as the search reads it: the archive line, when longer than two characters, less its
+// first and last characters (the quotes). Paths are kept as read; letters are compared upper-cased
+// (Windows-1252), so the rules below take a path in any case and an upper-cased term.
 struct PathParts
 {
     qsizetype nameStart = 0; // one after the last backslash; 0 when there is none
@@ -25,10 +28,15 @@ PathParts splitPath(QByteArrayView path);
 //   occurs; the last two characters of the path never end a match, and overlapping occurrences
 //   each count;
 // - by extension: 1 when the path's last three characters equal the term.
-int rowsForPath(SearchKind kind, QByteArrayView path, QByteArrayView term);
+int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QByteArrayView term);
 
-// The file name of a stored path: what follows its last backslash.
-QByteArrayView fileNameOf(QByteArrayView path);
+// The bytes that upper-case to `upper` (the same twice when only one does); false when none or
+// more than two do.
+bool casesOf(unsigned char upper, std::array<unsigned char, 2> &cases);
+
+// Whether the bytes at `at` upper-case to `term`.
+bool equalsUpperCased(const char *at, QByteArrayView term);
+
 // The extension column: the path's last three characters, or three blanks when the file name holds
 // no dot (the extension is taken from the path's end whatever follows the dot: PHOTO.JPEG gives PEG).
 QByteArrayView extensionColumnOf(QByteArrayView path);

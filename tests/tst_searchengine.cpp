@@ -4,8 +4,10 @@
 #include "searchengine.h"
 #include "searchrules.h"
 #include "testsupport.h"
+#include "windows1252.h"
 
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,15 +15,15 @@
 
 namespace {
 
-// Rows of one archive's bytes as (file name, extension column, path), one entry per row.
+// Rows of one archive's bytes as (file name, extension column, path) upper-cased, one entry per row.
 QList<QByteArrayList> rowsOf(SearchKind kind, const QByteArray &term, const QByteArray &archive)
 {
     ResultChunk chunk;
     ArchiveScanner(kind, term).scan(archive, chunk);
     QList<QByteArrayList> rows;
     for (const ResultRow &row : chunk.rows) {
-        const QByteArrayView path = QByteArrayView(chunk.pool).sliced(row.pathStart, row.pathLength);
-        rows.append({fileNameOf(path).toByteArray(), extensionColumnOf(path).toByteArray(), path.toByteArray()});
+        const QByteArray path = Windows1252::toUpper(chunk.path(row));
+        rows.append({path.sliced(row.nameOffset), extensionColumnOf(path).toByteArray(), path});
     }
     return rows;
 }
@@ -136,8 +138,18 @@ private slots:
                  (QList<QByteArrayList>{{"B.JPG", "JPG", "D:\\A\\B.JPG"}, {"JPG", "   ", "D:\\A\\JPG"}}));
     }
 
+    void fastScanAgreesWithPlainReadingOnRandomLines_data()
+    {
+        QTest::addColumn<bool>("avx2");
+        QTest::newRow("AVX2 where available") << true;
+        QTest::newRow("SSE2") << false;
+    }
+
     void fastScanAgreesWithPlainReadingOnRandomLines()
     {
+        QFETCH(bool, avx2);
+        const bool previous = ArchiveScanner::allowAvx2(avx2);
+        const auto restore = qScopeGuard([previous] { ArchiveScanner::allowAvx2(previous); });
         // Few letters, many backslashes, dots and quotes, so every rule and boundary is reached;
         // lines long enough to cross the scanner's blocks.
         const QByteArray alphabet = "aAbB.\\\"\xe9\xc9 \r";
@@ -203,11 +215,37 @@ private slots:
             QCOMPARE(results.archiveName(0), u"PCFUN75"_qs);
             QCOMPARE(results.archiveName(2), u"PCMAG13"_qs);
             QCOMPARE(results.sortedSize(), 3);
-            // Equal names are ordered by the text of their index; the index leads back to the row.
+            // Equal names in the order found; the index leads back to the row.
             QCOMPARE(results.sortedRow(0), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 1"_qs);
             QCOMPARE(results.sortedRow(1), u"ALPHA.TXT"_qs + QString(60, u' ') + u" 2"_qs);
             QCOMPARE(results.sortedIndex(2), 0);
         }
+    }
+
+    void alphabeticalOrderPutsAccentedCapitalsBesideTheirLetter()
+    {
+        // Upper-cased first (\xe9 is é); names equal without accents by their bytes, E before É;
+        // past the sixteenth letter too; the same name in the order found, 10 after 9.
+        QByteArray archive = "\"d:\\ZOO.TXT\"\r\n\"d:\\\xc9T\xc9.TXT\"\r\n\"d:\\ete.txt\"\r\n\"d:\\\xe9t\xe9\x32.txt\"\r\n"
+                             "\"d:\\EU.TXT\"\r\n\"d:\\PRESENTATION PRODUIT B.TXT\"\r\n\"d:\\PR\xc9SENTATION PRODUIT A.TXT\"\r\n";
+        for (int i = 0; i < 6; ++i)
+            archive += "\"d:\\X\\A.TXT\"\r\n";
+        auto chunk = std::make_shared<ResultChunk>();
+        ArchiveScanner(SearchKind::Extension, "TXT").scan(archive, *chunk);
+        SearchResults results;
+        results.append(chunk);
+        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
+        QList<QByteArray> names;
+        QList<qsizetype> indices;
+        for (qsizetype i = 0; i < results.sortedSize(); ++i) {
+            names.append(results.fileName(results.sortedIndex(i)));
+            indices.append(results.sortedIndex(i));
+        }
+        QCOMPARE(names, (QList<QByteArray>{"A.TXT", "A.TXT", "A.TXT", "A.TXT", "A.TXT", "A.TXT", "ETE.TXT",
+                                           "\xc9T\xc9.TXT", "\xc9T\xc9\x32.TXT", "EU.TXT",
+                                           "PR\xc9SENTATION PRODUIT A.TXT", "PRESENTATION PRODUIT B.TXT", "ZOO.TXT"}));
+        QCOMPARE(indices.mid(0, 6), (QList<qsizetype>{7, 8, 9, 10, 11, 12}));
+        QCOMPARE(results.sortedRow(5), u"A.TXT"_qs + QString(60, u' ') + u" 12"_qs);
     }
 
     void archiveSelectionKeepsTheFirst500()
@@ -237,10 +275,14 @@ private slots:
             QVERIFY(ArchiveFile::write(dir.path(), name, entries));
             files.append(name + u".lst"_qs);
         }
+        const QList<ArchiveToScan> archives = archivesToScan(dir.path(), files);
         for (int threads : {1, 2}) {
-            SearchRun run({SearchKind::Extension, "GIF", archivesToScan(dir.path(), files), kExtensionRowLimit, threads});
+            SearchRun run({SearchKind::Extension, "GIF", archives, kExtensionRowLimit, threads});
             run.start();
             run.wait();
+            // The workers only read the request: a list it shares with the caller is never copied
+            // (two threads copying it at once corrupted its reference count).
+            QVERIFY(run.request().archives.isSharedWith(archives));
             QVERIFY(run.limitReached());
             qsizetype rows = 0;
             for (const auto &chunk : run.takeChunks())
@@ -256,17 +298,23 @@ private slots:
 
     void millionRowsStayCompact()
     {
+        // Distinct paths over many blocks, and one longer than a block: each row keeps its own.
         SearchResults results;
         auto chunk = std::make_shared<ResultChunk>();
-        const QByteArray path = "D:\\PHOTOS\\VACANCES\\IMG_0001.JPG";
         for (int i = 0; i < 1000000; ++i) {
-            const qsizetype start = chunk->pool.size();
-            chunk->pool.append(path);
-            chunk->rows.push_back({start, quint32(path.size()), 19});
+            const QByteArray path = "d:\\PHOTOS\\VACANCES\\img_" + QByteArray::number(999999 - i) + ".jpg";
+            chunk->rows.push_back({chunk->store(path), quint32(path.size()), 19});
         }
+        const QByteArray huge = "d:\\" + QByteArray(5 << 20, 'x');
+        chunk->rows.push_back({chunk->store(huge), quint32(huge.size()), 3});
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
-        QCOMPARE(results.fileName(999999), "IMG_0001.JPG");
+        for (int i = 0; i < 1000000; i += 997)
+            QCOMPARE(results.fileName(i), "IMG_" + QByteArray::number(999999 - i) + ".JPG");
+        QCOMPARE(results.path(999999), "D:\\PHOTOS\\VACANCES\\IMG_0.JPG");
+        QCOMPARE(results.fileName(1000000), QByteArray(5 << 20, 'X'));
+        QCOMPARE(results.sortedIndex(0), 999999);
+        QCOMPARE(results.sortedIndex(1000000), 1000000);
         QVERIFY2(results.memoryUsed() < 100 * 1024 * 1024, QByteArray::number(results.memoryUsed()));
     }
 };

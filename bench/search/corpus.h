@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+// The benchmark's catalogue: archives of 31,000 paths of the kind a magazine's cover disc holds,
+// about 1.9 MB each. About 0.2% of the lines hold the rare name (LISEZMOI), string (KALV) and
+// extension (WMF), about 7% the frequent ones (SETUP, IMG, GIF); no other line holds them.
+namespace BenchCorpus {
+
+inline constexpr int kLinesPerArchive = 31000;
+
+// Writes `archives` archive files CD0000.lst, CD0001.lst, ... into `folder` (made when missing);
+// the same ones at every call.
+void generate(const QString &folder, int archives);
+
+// The total size of the archive files in `folder`.
+qint64 bytesIn(const QString &folder);
+
+} // namespace BenchCorpus
