@@ -46,6 +46,31 @@ void clickThroughWindowSystem(QWidget *topLevel, QWidget *button)
     QTest::qWait(20);
 }
 
+// A main window started on a fresh data directory, with or without the program's pictures.
+struct Started
+{
+    explicit Started(bool withPictures)
+        : pictures(withPictures && copyPictures(dir.path()))
+    {
+    }
+    static bool copyPictures(const QString &directory)
+    {
+        TestSupport::copyProgramFiles(directory);
+        return true;
+    }
+    bool shown()
+    {
+        window.show();
+        return QTest::qWaitForWindowExposed(&window);
+    }
+
+    QTemporaryDir dir;
+    bool pictures; // copied before the window below loads them
+    FakeServices fakes;
+    DataDirectory data{dir.path()};
+    MainForm window{data, fakes.services()};
+};
+
 } // namespace
 
 class tst_MainForm : public QObject
@@ -55,10 +80,8 @@ class tst_MainForm : public QObject
 private slots:
     void menuCaptionsInOrder()
     {
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
+        Started started(false);
+        MainForm &window = started.window;
         QStringList captions;
         for (QAction *action : window.menuBar()->actions())
             captions.append(action->text());
@@ -79,13 +102,11 @@ private slots:
 
     void pictureButtonsWithIconsAndHints()
     {
-        QTemporaryDir dir;
-        TestSupport::copyProgramFiles(dir.path());
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        Started started(true);
+        QVERIFY(started.shown());
+        QTemporaryDir &dir = started.dir;
+        FakeServices &fakes = started.fakes;
+        MainForm &window = started.window;
 
         const QList<QToolButton *> buttons = pictureButtons(window);
         QCOMPARE(buttons.size(), 9);
@@ -111,10 +132,10 @@ private slots:
 
     void startUpWithoutPicturesStillCreatesTheFolders()
     {
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
+        Started started(false);
+        QTemporaryDir &dir = started.dir;
+        const DataDirectory &data = started.data;
+        MainForm &window = started.window;
         QCOMPARE(data.archiveFolders().size(), 5);
         QCOMPARE(window.storedPath(), dir.path() + u"/"_qs);
         QCOMPARE(QDir::currentPath(), QDir(dir.path()).canonicalPath());
@@ -125,13 +146,11 @@ private slots:
 
     void helpAndDisplaySettingsFromMenuAndButtons()
     {
-        QTemporaryDir dir;
-        TestSupport::copyProgramFiles(dir.path());
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        Started started(true);
+        QVERIFY(started.shown());
+        QTemporaryDir &dir = started.dir;
+        FakeServices &fakes = started.fakes;
+        MainForm &window = started.window;
         const QList<QToolButton *> buttons = pictureButtons(window);
 
         clickThroughWindowSystem(&window, buttons[7]);
@@ -162,12 +181,10 @@ private slots:
         QFETCH(QString, caption);
         QFETCH(int, button);
         QFETCH(QString, form);
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        Started started(false);
+        QVERIFY(started.shown());
+        FakeServices &fakes = started.fakes;
+        MainForm &window = started.window;
         const QList<QToolButton *> buttons = pictureButtons(window);
         const auto opened = [&]() -> QWidget * {
             for (QWidget *child : window.findChildren<QWidget *>()) {
@@ -196,10 +213,8 @@ private slots:
 
     void closingTheMainWindowEndsTheProgram()
     {
-        QTemporaryDir dir;
-        FakeServices fakes;
-        const DataDirectory data(dir.path());
-        MainForm window(data, fakes.services());
+        Started started(false);
+        MainForm &window = started.window;
         window.show();
         QTimer::singleShot(0, &window, &QWidget::close);
         QTimer failSafe;
