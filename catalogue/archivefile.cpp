@@ -9,22 +9,37 @@
 #include <cstdio>
 #include <cstring>
 
+namespace {
+
+// The bytes of one archive line: a quote, the entry, a quote, CR LF.
+constexpr qsizetype lineSize(QByteArrayView entry)
+{
+    return entry.size() + 4;
+}
+
+// Writes the line of `entry` at `out`, which has lineSize(entry) bytes; gives the end.
+char *putLine(char *out, QByteArrayView entry)
+{
+    *out++ = '"';
+    std::memcpy(out, entry.data(), size_t(entry.size()));
+    out += entry.size();
+    std::memcpy(out, "\"\r\n", 3);
+    return out + 3;
+}
+
+} // namespace
+
 namespace ArchiveFile {
 
 QByteArray encode(const QList<QByteArray> &entries)
 {
     qsizetype size = 0;
     for (const QByteArray &entry : entries)
-        size += entry.size() + 4;
+        size += lineSize(entry);
     QByteArray out(size, Qt::Uninitialized);
     char *next = out.data();
-    for (const QByteArray &entry : entries) {
-        *next++ = '"';
-        std::memcpy(next, entry.constData(), size_t(entry.size()));
-        next += entry.size();
-        std::memcpy(next, "\"\r\n", 3);
-        next += 3;
-    }
+    for (const QByteArray &entry : entries)
+        next = putLine(next, entry);
     return out;
 }
 
@@ -89,17 +104,14 @@ void ArchiveWriter::add(QByteArrayView entry)
         }
         m_buffer.resize(kWriteBufferSize);
     }
-    const qsizetype line = entry.size() + 4;
+    const qsizetype line = lineSize(entry);
     if (m_used + line > m_buffer.size()) {
         if (!flush())
             return;
         if (line > m_buffer.size())
             m_buffer.resize(line);
     }
-    char *next = m_buffer.data() + m_used;
-    *next++ = '"';
-    std::memcpy(next, entry.data(), size_t(entry.size()));
-    std::memcpy(next + entry.size(), "\"\r\n", 3);
+    putLine(m_buffer.data() + m_used, entry);
     m_used += line;
 }
 
