@@ -12,6 +12,10 @@ PictureFrame::PictureFrame(QWidget *parent)
 
 void PictureFrame::draw(const QImage &picture, const ViewerRules::Fit &fit)
 {
+    if (m_canvas.size() != size()) { // not laid out yet
+        m_canvas = QImage(size(), QImage::Format_ARGB32_Premultiplied);
+        m_canvas.fill(palette().color(QPalette::Window));
+    }
     if (fit.clear)
         m_canvas.fill(palette().color(QPalette::Window));
     if (fit.draw && !fit.target.isEmpty() && !picture.isNull()) {

@@ -33,7 +33,7 @@ public:
         PictureLoader &pictures;
     };
 
-    SlideShow &show() { return m_show; }
+    SlideShow &slideShow() { return m_show; }
 
     // The start button's action.
     virtual void start() = 0;
