@@ -101,21 +101,30 @@ void SlideShow::wait(double seconds)
 {
     const QDateTime end = m_clock.now().addMSecs(qRound64(seconds * 1000));
     QCoreApplication::processEvents();
-    while (m_clock.now() < end)
-        handleEventsBriefly();
+    while (m_clock.now() < end) {
+        if (!handleEventsBriefly())
+            return;
+    }
 }
 
 void SlideShow::waitWhilePaused()
 {
-    while (m_paused)
-        handleEventsBriefly();
+    while (m_paused) {
+        if (!handleEventsBriefly())
+            return;
+    }
 }
 
-void SlideShow::handleEventsBriefly()
+bool SlideShow::handleEventsBriefly()
 {
     // Handles what is pending, then sleeps in the event loop until an event or 15 ms have passed.
     QCoreApplication::processEvents();
     QEventLoop loop;
     QTimer::singleShot(15, &loop, &QEventLoop::quit);
-    loop.exec();
+    if (loop.exec() == 0)
+        return true;
+    // The program is quitting: no event loop runs any more, so the show ends here.
+    setPaused(false);
+    setStopped(true);
+    return false;
 }

@@ -59,7 +59,7 @@ signals:
 
 private:
     bool waitAfterStep();
-    static void handleEventsBriefly();
+    bool handleEventsBriefly(); // false once the program is quitting
 
     Clock &m_clock;
     QString m_delayText = QString::number(kInitialDelay);
