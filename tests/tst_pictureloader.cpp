@@ -3,6 +3,7 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
+#include <QBuffer>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -93,8 +94,11 @@ private slots:
         const QString file = path(target.section(QLatin1Char(':'), -1));
         const QByteArray bytes = convert(options, target.section(QLatin1Char(':'), 0, 0) + QLatin1Char(':') + file);
         QVERIFY(!bytes.isEmpty());
-        if (headerBits)
+        if (headerBits) {
             QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), headerBits);
+            const bool rle = target.contains(QLatin1String("rle"));
+            QCOMPARE(qFromLittleEndian<quint32>(bytes.constData() + 30) == 1, rle); // BI_RLE8
+        }
         m_samples.append(bytes);
         // The name says nothing: the loader judges by content.
         const QString renamed = path(QStringLiteral("NONAME"));
@@ -105,7 +109,7 @@ private slots:
         QVERIFY2(maxDifference(image, m_pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, m_pattern))));
     }
 
-    void bitmap1Bit()
+    void bitmaps1And8Bits()
     {
         const QImage twoColours = bands(40, 20, {Qt::black, Qt::white});
         twoColours.save(path(QStringLiteral("two.png")));
@@ -116,6 +120,15 @@ private slots:
         const QByteArray bytes = TestSupport::readFile(path(QStringLiteral("p1.bmp")));
         QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), 1);
         QCOMPARE(maxDifference(QtPictureLoader::readPicture(bytes), twoColours), 0);
+
+        // ImageMagick writes 8 colours in 4 bits; Qt writes an indexed picture in 8.
+        QByteArray eightBit;
+        QBuffer buffer(&eightBit);
+        buffer.open(QIODevice::WriteOnly);
+        QVERIFY(m_pattern.convertToFormat(QImage::Format_Indexed8).save(&buffer, "BMP"));
+        QCOMPARE(int(qFromLittleEndian<quint16>(eightBit.constData() + 28)), 8);
+        m_samples.append(eightBit);
+        QCOMPARE(maxDifference(QtPictureLoader::readPicture(eightBit), m_pattern), 0);
     }
 
     void animatedGifGivesItsFirstFrame()
