@@ -31,11 +31,22 @@ public:
     };
 
     int count() const override { return int(rows.size()); }
-    QString name(int row) const override { return rows.at(row).name; }
-    QString storedPath(int row) const override { return QStringLiteral("D:\\IMAGES\\") + rows.at(row).name; }
-    QString localPath(int row) const override { return rows.at(row).localPath; }
+    QString name(int row) const override { return at(row).name; }
+    QString storedPath(int row) const override { return QStringLiteral("D:\\IMAGES\\") + at(row).name; }
+    QString localPath(int row) const override { return at(row).localPath; }
 
     QList<Row> rows;
+    mutable bool readPastTheEnd = false;
+
+private:
+    Row at(int row) const
+    {
+        if (row < 0 || row >= rows.size()) {
+            readPastTheEnd = true;
+            return {};
+        }
+        return rows.at(row);
+    }
 };
 
 // A data directory with the program's icons, a folder of found files, and the services.
@@ -336,6 +347,22 @@ private slots:
         QCOMPARE(seen, (QStringList{QStringLiteral("D:\\IMAGES\\LISEZMOI.TXT=Olé\n"), QStringLiteral("D:\\IMAGES\\VIDE.TXT="),
                                     QStringLiteral("D:\\IMAGES\\FILE_ID.DIZ=")}));
         QCOMPARE(f.fakes.dialogs.shown.size(), 0);
+    }
+
+    // A new search while a show runs leaves fewer rows: the show reads none past the end.
+    void rowsShrinkingDuringTheShow()
+    {
+        Fixture f;
+        for (int i = 0; i < 3; ++i)
+            f.addFile(QStringLiteral("T%1.TXT").arg(i), "texte");
+        TextViewerForm texts(f.found, f.services(), f.fakes.printer);
+        IconGalleryForm icons(f.found, f.services());
+        f.onWait = [&] { f.found.rows.resize(1); };
+        texts.start();
+        QVERIFY(!f.found.readPastTheEnd);
+        f.found.rows = QList<FakeFoundFiles::Row>(72, {QStringLiteral("I.ICO"), QString()});
+        icons.start();
+        QVERIFY(!f.found.readPastTheEnd);
     }
 
     // A page narrower than the text box: the text starts left of the page, as computed.

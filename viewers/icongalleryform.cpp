@@ -63,7 +63,8 @@ void IconGalleryForm::start()
 
 void IconGalleryForm::fillCell(int row, int cell)
 {
-    showCurrentFile(row);
+    if (!showCurrentFile(row))
+        return;
     QLabel *picture = cellPicture(cell);
     if (!m_currentLocalPath.isEmpty()) {
         const QIcon icon = m_pictures.loadIcon(m_currentLocalPath);

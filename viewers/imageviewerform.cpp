@@ -43,7 +43,8 @@ void ImageViewerForm::start()
 
 void ImageViewerForm::showPicture(int row)
 {
-    showCurrentFile(row);
+    if (!showCurrentFile(row))
+        return;
     const QImage picture = m_currentLocalPath.isEmpty() ? QImage() : m_pictures.loadPicture(m_currentLocalPath);
     if (!picture.isNull())
         m_sizingBox = picture; // a file that does not load leaves the previous picture

@@ -43,8 +43,8 @@ void TextViewerForm::load()
 void TextViewerForm::start()
 {
     m_show.run(m_found.count(), [this](int row) {
-        showCurrentFile(row);
-        m_text->setPlainText(ViewerRules::readWholeText(m_currentLocalPath));
+        if (showCurrentFile(row))
+            m_text->setPlainText(ViewerRules::readWholeText(m_currentLocalPath));
     });
 }
 

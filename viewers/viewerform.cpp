@@ -124,10 +124,13 @@ void ViewerForm::reject()
     dismiss();
 }
 
-void ViewerForm::showCurrentFile(int row)
+bool ViewerForm::showCurrentFile(int row)
 {
+    if (row >= m_found.count())
+        return false;
     m_currentFile->setText(m_found.storedPath(row));
     m_currentLocalPath = m_found.localPath(row);
+    return true;
 }
 
 void ViewerForm::copyCurrentFile()

@@ -50,8 +50,9 @@ protected:
     // Adds a button to the row of the start button.
     void addButton(QWidget *button);
     QToolButton *makeCopyButton(const QString &caption);
-    // Shows row `row` as the file on show (its stored path), remembering where it is here.
-    void showCurrentFile(int row);
+    // Shows row `row` as the file on show (its stored path), remembering where it is here. False
+    // when the rows changed under a running show and there is no such row any more.
+    bool showCurrentFile(int row);
     // Copies the file on show into a chosen folder, after the question.
     void copyCurrentFile();
 
