@@ -10,7 +10,8 @@ class PictureLoader
 public:
     virtual ~PictureLoader() = default;
 
-    // The picture at its natural size in pixels.
+    // The picture at its natural size in pixels (metafiles at 96 pixels to the inch): its width and
+    // height are the natural size the viewers fit into their frame.
     virtual QImage loadPicture(const QString &path) = 0;
 
     // Every size an icon file holds.

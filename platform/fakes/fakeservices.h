@@ -11,11 +11,25 @@
 
 #include <QDateTime>
 
+#include <functional>
+
+// A clock that stands still unless a test moves it. `onRead` runs at every reading, before the
+// time is given: a test advances the clock from there, even while a window waits on it.
 class FakeClock final : public Clock
 {
 public:
-    QDateTime now() const override { return current; }
+    QDateTime now() const override
+    {
+        ++reads;
+        if (onRead)
+            onRead();
+        return current;
+    }
+    void advanceSeconds(double seconds) { current = current.addMSecs(qRound64(seconds * 1000)); }
+
     QDateTime current{QDate(2001, 3, 21), QTime(10, 30)};
+    std::function<void()> onRead;
+    mutable int reads = 0;
 };
 
 // Records which pictures were asked for and reads them for real.

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QList>
+#include <QString>
+
+// Picture files written byte by byte for tests, so every field is known.
+namespace SamplePictures {
+
+// A picture of vertical bands, one per colour, left to right.
+QImage bands(int width, int height, const QList<QColor> &colours);
+
+// A one-entry icon (or cursor, hot spot 0,0) of `bits` bits per pixel (1, 4, 8, 24 or 32). For 8
+// bits or fewer the picture's colours must fit the palette. `transparent` marks the pixels set in
+// the AND mask (the top-left quarter when empty is not wanted: pass a null image for none).
+QByteArray icon(const QImage &picture, int bits, const QImage &transparent, bool cursor = false);
+
+// An animated cursor holding `frames` as its icon chunks, after an "anih" chunk.
+QByteArray animatedCursor(const QList<QByteArray> &frames);
+
+// A placeable metafile of width x height pixels (at 1440 units to the inch, 15 units a pixel):
+// the page filled with `background`, a rectangle of `fill` on its left half, and `text` written
+// in Windows-1252 in black from (right half, a quarter down) at 20 pixels high.
+QByteArray wmf(int width, int height, const QColor &background, const QColor &fill, const QString &text);
+
+// An enhanced metafile with the same drawing, its frame saying width x height pixels at 96 dpi.
+QByteArray emf(int width, int height, const QColor &background, const QColor &fill, const QString &text);
+
+} // namespace SamplePictures

@@ -1,0 +1,284 @@
+#include "pictureformats.h"
+#include "qtpictureloader.h"
+#include "samplepictures.h"
+#include "testsupport.h"
+
+#include <QBuffer>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+using namespace SamplePictures;
+
+// The picture loader on files of every format the viewers show, generated here.
+class TestPictureLoader : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QImage m_pattern; // 48 x 32, eight bands of plain colours
+    QList<QByteArray> m_samples;
+
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+
+    // Converts the pattern with ImageMagick; the file's bytes.
+    QByteArray convert(const QStringList &options, const QString &target)
+    {
+        const QString source = path(QStringLiteral("pattern.png"));
+        if (!QFile::exists(source))
+            m_pattern.save(source);
+        QProcess process;
+        process.start(QStringLiteral("convert"), QStringList{source} + options + QStringList{target});
+        if (!process.waitForFinished(60000) || process.exitCode() != 0)
+            return {};
+        return TestSupport::readFile(target.section(QLatin1Char(':'), -1));
+    }
+
+    static int maxDifference(const QImage &a, const QImage &b)
+    {
+        if (a.size() != b.size())
+            return 1000;
+        int worst = 0;
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x) {
+                const QColor p = a.pixelColor(x, y), q = b.pixelColor(x, y);
+                worst = std::max({worst, std::abs(p.red() - q.red()), std::abs(p.green() - q.green()),
+                                  std::abs(p.blue() - q.blue())});
+            }
+        return worst;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+
+        m_pattern = bands(48, 32, {Qt::black, Qt::white, Qt::red, Qt::green, Qt::blue,
+                                   Qt::yellow, Qt::cyan, Qt::magenta});
+        if (!TestSupport::haveProgram(QStringLiteral("convert")))
+            QSKIP("ImageMagick's convert is needed to write the samples");
+    }
+
+    // Every variant of the raster formats gives the pattern's pixels back.
+    void rasterFormats_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("headerBits"); // bits per pixel the BMP header must say; 0: not a BMP
+        QTest::addColumn<int>("tolerance");
+        QTest::newRow("BMP 4-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("Palette")}
+                                   << QStringLiteral("BMP3:p4.bmp") << 4 << 0;
+        QTest::newRow("BMP 8-bit RLE") << QStringList{QStringLiteral("-type"), QStringLiteral("Palette"), QStringLiteral("-colors"), QStringLiteral("200"), QStringLiteral("-compress"), QStringLiteral("RLE")}
+                                       << QStringLiteral("BMP3:p8rle.bmp") << 8 << 0;
+        QTest::newRow("BMP 24-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("TrueColor")}
+                                    << QStringLiteral("BMP3:p24.bmp") << 24 << 0;
+        QTest::newRow("BMP 32-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("TrueColorAlpha")}
+                                    << QStringLiteral("BMP:p32.bmp") << 32 << 0;
+        QTest::newRow("GIF interlaced") << QStringList{QStringLiteral("-interlace"), QStringLiteral("GIF")}
+                                        << QStringLiteral("GIF:pi.gif") << 0 << 0;
+        QTest::newRow("JPEG progressive") << QStringList{QStringLiteral("-interlace"), QStringLiteral("JPEG"), QStringLiteral("-quality"), QStringLiteral("100")}
+                                          << QStringLiteral("JPEG:pp.jpg") << 0 << 48;
+        QTest::newRow("JPEG CMYK") << QStringList{QStringLiteral("-colorspace"), QStringLiteral("CMYK"), QStringLiteral("-quality"), QStringLiteral("100")}
+                                   << QStringLiteral("JPEG:pcmyk.jpg") << 0 << 48;
+    }
+    void rasterFormats()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, target);
+        QFETCH(int, headerBits);
+        QFETCH(int, tolerance);
+        const QString file = path(target.section(QLatin1Char(':'), -1));
+        const QByteArray bytes = convert(options, target.section(QLatin1Char(':'), 0, 0) + QLatin1Char(':') + file);
+        QVERIFY(!bytes.isEmpty());
+        if (headerBits) {
+            QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), headerBits);
+            const bool rle = target.contains(QLatin1String("rle"));
+            QCOMPARE(qFromLittleEndian<quint32>(bytes.constData() + 30) == 1, rle); // BI_RLE8
+        }
+        m_samples.append(bytes);
+        // The name says nothing: the loader judges by content.
+        const QString renamed = path(QStringLiteral("NONAME"));
+        QVERIFY(TestSupport::writeFile(renamed, bytes));
+        QtPictureLoader loader;
+        QElapsedTimer timer;
+        timer.start();
+        const QImage image = loader.loadPicture(renamed);
+        qInfo("read in %.2f ms", timer.nsecsElapsed() / 1e6);
+        QCOMPARE(image.size(), m_pattern.size());
+        QVERIFY2(maxDifference(image, m_pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, m_pattern))));
+    }
+
+    void bitmaps1And8Bits()
+    {
+        const QImage twoColours = bands(40, 20, {Qt::black, Qt::white});
+        twoColours.save(path(QStringLiteral("two.png")));
+        QProcess process;
+        process.start(QStringLiteral("convert"), {path(QStringLiteral("two.png")), QStringLiteral("-type"),
+                                                  QStringLiteral("Bilevel"), QStringLiteral("BMP3:") + path(QStringLiteral("p1.bmp"))});
+        QVERIFY(process.waitForFinished(60000));
+        const QByteArray bytes = TestSupport::readFile(path(QStringLiteral("p1.bmp")));
+        QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), 1);
+        QCOMPARE(maxDifference(QtPictureLoader::readPicture(bytes), twoColours), 0);
+
+        // ImageMagick writes 8 colours in 4 bits; Qt writes an indexed picture in 8.
+        QByteArray eightBit;
+        QBuffer buffer(&eightBit);
+        buffer.open(QIODevice::WriteOnly);
+        QVERIFY(m_pattern.convertToFormat(QImage::Format_Indexed8).save(&buffer, "BMP"));
+        QCOMPARE(int(qFromLittleEndian<quint16>(eightBit.constData() + 28)), 8);
+        m_samples.append(eightBit);
+        QCOMPARE(maxDifference(QtPictureLoader::readPicture(eightBit), m_pattern), 0);
+    }
+
+    void animatedGifGivesItsFirstFrame()
+    {
+        const QImage first = bands(20, 10, {Qt::red});
+        const QImage second = bands(20, 10, {Qt::blue});
+        first.save(path(QStringLiteral("f1.png")));
+        second.save(path(QStringLiteral("f2.png")));
+        QProcess process;
+        process.start(QStringLiteral("convert"), {QStringLiteral("-delay"), QStringLiteral("10"), path(QStringLiteral("f1.png")),
+                                                  path(QStringLiteral("f2.png")), path(QStringLiteral("anim.gif"))});
+        QVERIFY(process.waitForFinished(60000));
+        const QByteArray bytes = TestSupport::readFile(path(QStringLiteral("anim.gif")));
+        m_samples.append(bytes);
+        QCOMPARE(maxDifference(QtPictureLoader::readPicture(bytes), first), 0);
+    }
+
+    // Icons of every depth: the colours, and the AND mask's pixels transparent (Qt leaves those of
+    // a 24-bit icon opaque by itself).
+    void icons_data()
+    {
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<bool>("cursor");
+        QTest::newRow("1-bit") << 1 << false;
+        QTest::newRow("4-bit") << 4 << false;
+        QTest::newRow("8-bit") << 8 << false;
+        QTest::newRow("24-bit") << 24 << false;
+        QTest::newRow("32-bit") << 32 << false;
+        QTest::newRow("24-bit cursor") << 24 << true;
+    }
+    void icons()
+    {
+        QFETCH(int, bits);
+        QFETCH(bool, cursor);
+        const QImage picture = bits == 1 ? bands(32, 32, {Qt::black, Qt::white}) : bands(32, 32, {Qt::red, Qt::green, Qt::blue, Qt::yellow});
+        QImage mask(32, 32, QImage::Format_RGB32);
+        mask.fill(Qt::white);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x)
+                mask.setPixelColor(x, y, Qt::black); // the top-left corner is transparent
+        const QByteArray bytes = icon(picture, bits, mask, cursor);
+        m_samples.append(bytes);
+        const QImage image = QtPictureLoader::readPicture(bytes);
+        QCOMPARE(image.size(), QSize(32, 32));
+        QCOMPARE(qAlpha(image.pixel(3, 3)), 0);
+        QCOMPARE(qAlpha(image.pixel(20, 20)), 255);
+        QCOMPARE(image.pixel(20, 20) | 0xff000000, picture.pixel(20, 20));
+        QCOMPARE(image.pixel(31, 0) | 0xff000000, picture.pixel(31, 0));
+    }
+
+    void animatedCursorGivesItsFirstIcon()
+    {
+        const QByteArray red = icon(bands(32, 32, {Qt::red}), 24, {}, true);
+        const QByteArray blue = icon(bands(32, 32, {Qt::blue}), 24, {}, true);
+        const QByteArray ani = animatedCursor({red, blue});
+        m_samples.append(ani);
+        QCOMPARE(PictureFormats::kindOf(ani), PictureFormats::Kind::Ani);
+        QCOMPARE(PictureFormats::firstAniIcon(ani), red);
+        QCOMPARE(QtPictureLoader::readPicture(ani).pixel(5, 5), qRgb(255, 0, 0));
+        QVERIFY(PictureFormats::firstAniIcon(ani.left(40)).isEmpty());
+    }
+
+    // The metafiles at their natural size, with their fills, and accented text drawn as such.
+    void metafiles_data()
+    {
+        QTest::addColumn<bool>("enhanced");
+        QTest::newRow("WMF") << false;
+        QTest::newRow("EMF") << true;
+    }
+    void metafiles()
+    {
+        QFETCH(bool, enhanced);
+        const auto make = [enhanced](const QString &text) {
+            return enhanced ? emf(240, 120, Qt::white, QColor(0, 0, 200), text)
+                            : wmf(240, 120, Qt::white, QColor(0, 0, 200), text);
+        };
+        const QByteArray accented = make(QStringLiteral("ÉÈÊ<&>"));
+        const QByteArray plain = make(QStringLiteral("EEE<&>"));
+        m_samples.append(accented);
+        QCOMPARE(enhanced ? PictureFormats::emfNaturalSize(accented) : PictureFormats::wmfNaturalSize(accented), QSize(240, 120));
+        QElapsedTimer timer;
+        timer.start();
+        const QImage image = QtPictureLoader::readPicture(accented);
+        const qint64 first = timer.elapsed();
+        timer.start();
+        for (int i = 0; i < 10; ++i)
+            QtPictureLoader::readPicture(accented);
+        qInfo("first drawn in %lld ms, then %.1f ms each", first, timer.elapsed() / 10.0);
+        QCOMPARE(image.size(), QSize(240, 120));
+        image.save(path(enhanced ? QStringLiteral("emf.png") : QStringLiteral("wmf.png")));
+        QCOMPARE(image.pixelColor(60, 60).rgb(), QColor(0, 0, 200).rgb()); // the fill
+        QCOMPARE(image.pixelColor(230, 110).rgb(), QColor(Qt::white).rgb()); // the page
+        // Text is drawn right of the fill, a quarter down; its accents stand above the capitals.
+        const auto darkPixels = [](const QImage &picture, const QRect &area) {
+            int dark = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    dark += qGray(picture.pixel(x, y)) < 128;
+            return dark;
+        };
+        const QImage withoutAccents = QtPictureLoader::readPicture(plain);
+        const QRect text(122, 30, 110, 30);
+        QVERIFY2(darkPixels(image, text) > 40, "no text drawn");
+        QVERIFY2(darkPixels(image, text) > darkPixels(withoutAccents, text), "the accents were not drawn");
+    }
+
+    void headers()
+    {
+        const QByteArray placeable = wmf(100, 50, Qt::white, Qt::red, QStringLiteral("x"));
+        QCOMPARE(PictureFormats::kindOf(placeable), PictureFormats::Kind::Wmf);
+        QCOMPARE(PictureFormats::kindOf(placeable.mid(22)), PictureFormats::Kind::Wmf); // without the placeable header
+        QCOMPARE(PictureFormats::wmfNaturalSize(placeable.mid(22)), QSize());
+        QCOMPARE(PictureFormats::wmfNaturalSize(placeable.left(21)), QSize());
+        QByteArray noUnits = placeable;
+        noUnits[14] = 0;
+        noUnits[15] = 0;
+        QCOMPARE(PictureFormats::wmfNaturalSize(noUnits), QSize());
+        QCOMPARE(PictureFormats::emfNaturalSize(emf(100, 50, Qt::white, Qt::red, QStringLiteral("x"))), QSize(100, 50));
+        QCOMPARE(PictureFormats::emfNaturalSize(emf(100, 50, Qt::white, Qt::red, QStringLiteral("x")).left(43)), QSize());
+    }
+
+    // Truncated and bit-flipped files of every format: no crash, no hang, an image or nothing.
+    void fuzz()
+    {
+        QVERIFY(m_samples.size() >= 10);
+        QRandomGenerator random(13);
+        int tried = 0;
+        for (const QByteArray &sample : std::as_const(m_samples)) {
+            for (int i = 0; i < 12; ++i) {
+                QByteArray broken = sample;
+                if (i % 3 == 0) {
+                    broken.truncate(random.bounded(qint32(sample.size())));
+                } else {
+                    for (int flips = 0; flips < 1 + i; ++flips) {
+                        const int at = random.bounded(qint32(sample.size()));
+                        broken[at] = char(broken[at] ^ (1 << random.bounded(8)));
+                    }
+                }
+                const QImage image = QtPictureLoader::readPicture(broken);
+                QVERIFY(image.isNull() || (image.width() <= 8000 && image.height() <= 8000));
+                QtPictureLoader::readIconImages(broken);
+                ++tried;
+            }
+        }
+        qInfo("%d broken files read", tried);
+    }
+};
+
+QTEST_MAIN(TestPictureLoader)
+#include "tst_pictureloader.moc"
