@@ -1,0 +1,40 @@
+#include "fakedrives.h"
+#include "localpath.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestLocalPath : public QObject
+{
+    Q_OBJECT
+private slots:
+    // A real directory stands for the disc; the stored path's case differs from the disc's.
+    void componentsMatchIgnoringCase()
+    {
+        QTemporaryDir disc;
+        QVERIFY(disc.isValid());
+        QVERIFY(QDir(disc.path()).mkpath(u"Jeux/Casse"_qs));
+        QFile file(disc.filePath(u"Jeux/Casse/casse.exe"_qs));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        FakeDrives drives;
+        drives.list = {Drive{u"c:"_qs, DriveType::Fixed, u"/"_qs},
+                       Drive{u"d:"_qs, DriveType::CdRom, disc.path()}};
+
+        QCOMPARE(localPathOf(u"D:\\JEUX\\CASSE\\CASSE.EXE"_qs, drives),
+                 disc.filePath(u"Jeux/Casse/casse.exe"_qs));
+        QCOMPARE(localPathOf(u"d:\\jeux"_qs, drives), disc.filePath(u"Jeux"_qs));
+        // Missing file, missing drive, no medium, no letter, escaping components: nothing.
+        QCOMPARE(localPathOf(u"D:\\JEUX\\AUTRE.EXE"_qs, drives), QString());
+        QCOMPARE(localPathOf(u"E:\\SETUP.EXE"_qs, drives), QString());
+        drives.list.append(Drive{u"f:"_qs, DriveType::CdRom, QString()});
+        QCOMPARE(localPathOf(u"F:\\SETUP.EXE"_qs, drives), QString());
+        QCOMPARE(localPathOf(u"\\JEUX\\CASSE"_qs, drives), QString());
+        QCOMPARE(localPathOf(u"D:\\JEUX\\..\\JEUX"_qs, drives), QString());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLocalPath)
+#include "tst_localpath.moc"
