@@ -5,6 +5,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <memory>
+
 class ArchiveListForm;
 class CreateArchiveForm;
 class DataDirectory;
@@ -14,6 +16,8 @@ class QLabel;
 class QToolButton;
 class ThemesForm;
 class SearchForm;
+class SearchFoundFiles;
+class ViewerWindows;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -65,4 +69,7 @@ private:
     QPointer<ArchiveListForm> m_archiveList;
     QPointer<FoldersForm> m_folders;
     QPointer<SearchForm> m_search;
+    // The viewers read the search window's rows; both live as long as this window.
+    std::unique_ptr<SearchFoundFiles> m_foundFiles;
+    std::unique_ptr<ViewerWindows> m_viewers;
 };
