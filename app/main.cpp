@@ -3,29 +3,18 @@
 #include "linuxdirectorylister.h"
 #include "linuxdrives.h"
 #include "mainform.h"
+#include "programsetup.h"
 #include "qtpictureloader.h"
 #include "qtprinter.h"
 #include "systemclock.h"
 #include "widgetdialogs.h"
 
 #include <QApplication>
-#include <QLibraryInfo>
-#include <QLocale>
-#include <QTranslator>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Kalvex2"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kalvex2"));
-    QApplication::setDesktopFileName(QStringLiteral("kalvex2"));
-
-    // The standard dialogs and buttons speak French ("Oui", "Non", "Annuler") whatever the locale.
-    QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-    QTranslator qtTranslations;
-    if (qtTranslations.load(QLocale(QLocale::French), QStringLiteral("qtbase"), QStringLiteral("_"),
-                            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(&qtTranslations);
+    setUpProgram();
 
     // The data directory is the program's own, wherever it was started from.
     const DataDirectory data(QCoreApplication::applicationDirPath());

@@ -53,7 +53,7 @@ const QString kSelectAllOff = u"La Sélection de tous les fichiers d'archives es
 QLabel *makeCaption(const QString &text, QWidget *parent)
 {
     auto *label = new QLabel(text, parent);
-    label->setAccessibleName(text);
+    label->setObjectName(text);
     return label;
 }
 
@@ -99,13 +99,13 @@ void SearchForm::buildLayout()
     m_folders->setAccessibleName(u"Dossiers d'archivage"_qs);
     m_folders->setMaximumHeight(110);
     archivesColumn->addWidget(m_folders);
-    m_folderPath = makeValueLabel(u"Dossier courant"_qs, this);
+    m_folderPath = makeTextLabel(u"Dossier courant"_qs, this);
     archivesColumn->addWidget(m_folderPath);
     m_archives = new QListWidget(this);
     m_archives->setAccessibleName(u"Fichiers d'archives"_qs);
     m_archives->setSelectionMode(QAbstractItemView::ExtendedSelection);
     archivesColumn->addWidget(m_archives);
-    m_archiveCount = makeValueLabel(u"Nombre d'archives"_qs, this);
+    m_archiveCount = makeTextLabel(u"Nombre d'archives"_qs, this);
     archivesColumn->addWidget(m_archiveCount);
     m_selectAll = new QCheckBox(kSelectAllOff, this);
     m_selectAll->setAccessibleName(u"Sélection de tous les fichiers d'archives"_qs);
@@ -142,15 +142,15 @@ void SearchForm::buildLayout()
     searchColumn->addWidget(m_extensions);
     auto *extensionRow = new QHBoxLayout;
     extensionRow->addWidget(makeCaption(u"Extension--->"_qs, this));
-    m_extension = makeValueLabel(u"Extension"_qs, this);
+    m_extension = makeTextLabel(u"Extension"_qs, this);
     m_extension->setMinimumWidth(40);
     extensionRow->addWidget(m_extension);
-    m_description = makeValueLabel(u"Programme associé"_qs, this);
+    m_description = makeTextLabel(u"Programme associé"_qs, this);
     extensionRow->addWidget(m_description, 1);
     searchColumn->addLayout(extensionRow);
     auto *mediumRow = new QHBoxLayout;
     mediumRow->addWidget(makeCaption(u"Support--->"_qs, this));
-    m_medium = makeValueLabel(u"Support"_qs, this);
+    m_medium = makeTextLabel(u"Support"_qs, this);
     mediumRow->addWidget(m_medium, 1);
     searchColumn->addLayout(mediumRow);
     auto *classRow = new QHBoxLayout;
@@ -209,11 +209,11 @@ void SearchForm::buildLayout()
     m_stop->setToolTip(u"Arrêter la recherche (Echap)"_qs);
     m_stop->setAutoDefault(false);
     status->addWidget(m_stop);
-    m_foundCount = makeValueLabel(u"Nombre de fichiers trouvés"_qs, this);
+    m_foundCount = makeTextLabel(u"Nombre de fichiers trouvés"_qs, this);
     status->addWidget(m_foundCount, 1);
-    m_term = makeValueLabel(u"Terme recherché"_qs, this);
+    m_term = makeTextLabel(u"Terme recherché"_qs, this);
     status->addWidget(m_term, 1);
-    m_kind = makeValueLabel(u"Type de recherche"_qs, this);
+    m_kind = makeTextLabel(u"Type de recherche"_qs, this);
     m_kind->setVisible(false);
     status->addWidget(m_kind);
     m_loading->setVisible(false);

@@ -35,13 +35,14 @@ struct Fixture
         form.show();
     }
 
-    template<typename T> T *child(const QString &accessibleName)
+    // By object name; controls without one by their accessible name (lists, buttons).
+    template<typename T> T *child(const QString &name)
     {
         for (T *widget : form.findChildren<T *>()) {
-            if (widget->accessibleName() == accessibleName)
+            if (widget->objectName() == name || (widget->objectName().isEmpty() && widget->accessibleName() == name))
                 return widget;
         }
-        qFatal("no control named %s", qPrintable(accessibleName));
+        qFatal("no control named %s", qPrintable(name));
     }
     QString label(const QString &name) { return child<QLabel>(name)->text(); }
     QStringList column(const QString &viewName)
