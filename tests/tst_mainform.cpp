@@ -42,8 +42,8 @@ QAction *menuAction(MainForm &window, const QString &caption)
 void clickThroughWindowSystem(QWidget *topLevel, QWidget *button)
 {
     const QPoint centre = button->mapTo(topLevel, button->rect().center());
-    QTest::mouseClick(topLevel->windowHandle(), Qt::LeftButton, {}, centre);
-    QTest::qWait(20);
+    QTest::mouseClick(topLevel->windowHandle(), Qt::LeftButton, {}, centre); // delivered at once
+    QCoreApplication::processEvents(); // and whatever it posted
 }
 
 // A main window started on a fresh data directory, with or without the program's pictures.
