@@ -20,7 +20,6 @@
 #include <QStringListModel>
 #include <QTreeView>
 #include <QVBoxLayout>
-#include <QWindow>
 
 ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialogs &dialogs, Printer &printer,
                                PictureLoader &pictures, const Clock &clock, QWidget *parent)
@@ -146,13 +145,17 @@ QWidget *ExtensionsForm::buildProgramPane()
     return pane;
 }
 
+void ExtensionsForm::setVisible(bool visible)
+{
+    // A window's position includes its frame when it is set before the window shows; set from
+    // load(), during the showing, it placed the client area there and the title bar off screen.
+    if (visible && !isVisible())
+        move(0, 0);
+    LineTableForm::setVisible(visible);
+}
+
 void ExtensionsForm::load()
 {
-    // The top-left corner of the frame, title bar included, not of the client area.
-    if (windowHandle())
-        windowHandle()->setFramePosition(QPoint(0, 0));
-    else
-        move(0, 0);
     openTable(ExtensionTable::fileName(), ExtensionTable::fileName());
 
     // Nothing but the file is kept between openings.
