@@ -15,25 +15,31 @@
 
 namespace {
 
-// mountinfo escapes blanks, tabs, newlines and backslashes in paths as \ooo.
-QString unescapeMountField(QByteArrayView field)
+// Undoes the escapes of the mount table (blanks, tabs, newlines and backslashes in paths as \ooo,
+// octal) and of udev's link names (\xHH): `lead` then `digits` digits in `base`.
+QByteArray unescape(QByteArrayView text, QByteArrayView lead, int digits, int base)
 {
     QByteArray out;
-    out.reserve(field.size());
-    for (qsizetype i = 0; i < field.size(); ++i) {
-        if (field[i] == '\\' && i + 3 < field.size()) {
-            const QByteArrayView digits = field.sliced(i + 1, 3);
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const qsizetype end = i + lead.size() + digits;
+        if (end <= text.size() && text.sliced(i).startsWith(lead)) {
             bool ok = false;
-            const int value = digits.toByteArray().toInt(&ok, 8);
+            const int value = text.sliced(i + lead.size(), digits).toByteArray().toInt(&ok, base);
             if (ok) {
                 out.append(char(value));
-                i += 3;
+                i = end - 1;
                 continue;
             }
         }
-        out.append(field[i]);
+        out.append(text[i]);
     }
-    return QFile::decodeName(out);
+    return out;
+}
+
+QString unescapeMountField(QByteArrayView field)
+{
+    return QFile::decodeName(unescape(field, "\\", 3, 8));
 }
 
 bool isPseudoFileSystem(const QString &fsType)
@@ -93,21 +99,7 @@ QString identityOf(const Drive &drive)
 // Labels in /dev/disk/by-label escape blanks and other bytes as \xHH.
 QString unescapeLabel(const QString &name)
 {
-    QByteArray out;
-    const QByteArray in = QFile::encodeName(name);
-    for (qsizetype i = 0; i < in.size(); ++i) {
-        bool ok = false;
-        if (in[i] == '\\' && i + 3 < in.size() && in[i + 1] == 'x') {
-            const int value = in.mid(i + 2, 2).toInt(&ok, 16);
-            if (ok) {
-                out.append(char(value));
-                i += 3;
-                continue;
-            }
-        }
-        out.append(in[i]);
-    }
-    return QString::fromUtf8(out);
+    return QString::fromUtf8(unescape(QFile::encodeName(name), "\\x", 2, 16));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "testsupport.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -13,18 +12,6 @@ MountEntry mount(const char *point, const char *type, const char *source, bool r
                  const char *deviceNumber = "")
 {
     return {QLatin1String(point), QLatin1String(type), QLatin1String(source), readable, QLatin1String(deviceNumber)};
-}
-
-bool run(const QString &program, const QStringList &arguments, QString *output = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool ok = process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit
-                    && process.exitCode() == 0;
-    if (output)
-        *output = QString::fromLocal8Bit(process.readAll());
-    return ok;
 }
 
 QStringList describe(const QList<Drive> &drives)
@@ -191,17 +178,17 @@ private slots:
         QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "x"));
         const QString image = base.filePath(u"stick.iso"_qs);
         QString output;
-        QVERIFY2(run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-o"_qs, image, base.filePath(u"tree"_qs)}, &output),
+        QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-o"_qs, image, base.filePath(u"tree"_qs)}, &output),
                  qPrintable(output));
 
         LinuxDrives drives;
         const QList<Drive> before = drives.drives();
         QSignalSpy changed(&drives, &Drives::changed);
         const QString mountPoint = base.filePath(u"mnt"_qs);
-        QVERIFY2(run(u"fuseiso"_qs, {image, mountPoint}, &output), qPrintable(output));
+        QVERIFY2(TestSupport::run(u"fuseiso"_qs, {image, mountPoint}, &output), qPrintable(output));
         const bool seen = changed.wait(5000);
         const QList<Drive> after = drives.drives();
-        const bool unmounted = run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
+        const bool unmounted = TestSupport::run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
         QVERIFY2(seen, "the mount table did not wake the watcher");
         const auto imageDrive = std::find_if(after.cbegin(), after.cend(),
                                              [&](const Drive &drive) { return drive.mountPoint == mountPoint; });

@@ -25,17 +25,7 @@ QList<QToolButton *> pictureButtons(MainForm &window)
 
 QAction *menuAction(MainForm &window, const QString &caption)
 {
-    for (QAction *action : window.menuBar()->actions()) {
-        if (action->text() == caption)
-            return action;
-        if (action->menu()) {
-            for (QAction *item : action->menu()->actions()) {
-                if (item->text() == caption)
-                    return item;
-            }
-        }
-    }
-    return nullptr;
+    return TestSupport::menuAction(window.menuBar(), caption);
 }
 
 // A click as the window system delivers it, so that window modality applies to it.

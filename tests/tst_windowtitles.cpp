@@ -29,21 +29,6 @@ QString windowManagerName(const QWidget &window)
     return first < 0 ? out : out.mid(first + 1, out.lastIndexOf(u'"') - first - 1);
 }
 
-QAction *menuAction(QMenuBar *bar, const QString &caption)
-{
-    for (QAction *action : bar->actions()) {
-        if (action->text() == caption)
-            return action;
-        if (action->menu()) {
-            for (QAction *item : action->menu()->actions()) {
-                if (item->text() == caption)
-                    return item;
-            }
-        }
-    }
-    return nullptr;
-}
-
 } // namespace
 
 class tst_WindowTitles : public QObject
@@ -86,7 +71,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&main));
         QCOMPARE(windowManagerName(main), u"Kalvex2"_qs);
 
-        QAction *action = menuAction(main.menuBar(), menu);
+        QAction *action = TestSupport::menuAction(main.menuBar(), menu);
         QVERIFY(action);
         action->trigger();
         QWidget *opened = QApplication::activeModalWidget();
