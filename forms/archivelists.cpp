@@ -18,5 +18,6 @@ void showArchiveFolders(QListWidget &folders, const DataDirectory &data)
 void showArchives(QListWidget &archives, const QString &folderPath)
 {
     archives.clear();
-    archives.addItems(ArchiveFile::list(folderPath));
+    if (!folderPath.isEmpty()) // no folder: nothing, rather than the current directory's archives
+        archives.addItems(ArchiveFile::list(folderPath));
 }

@@ -11,5 +11,5 @@ class QListWidget;
 // Fills `folders` with the archive folders, without telling its listeners, and selects the first.
 void showArchiveFolders(QListWidget &folders, const DataDirectory &data);
 
-// Fills `archives` with the archive names of `folderPath`.
+// Fills `archives` with the archive names of `folderPath`; an empty path gives an empty list.
 void showArchives(QListWidget &archives, const QString &folderPath);

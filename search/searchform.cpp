@@ -1,6 +1,7 @@
 #include "searchform.h"
 
 #include "archivefile.h"
+#include "archivelists.h"
 #include "datadirectory.h"
 #include "dialogs.h"
 #include "extensionentry.h"
@@ -294,10 +295,7 @@ void SearchForm::load()
     m_extensions->clear();
     m_extensions->addItems(TableFile::read(m_data.file(u"extens.txt"_qs)));
 
-    const QSignalBlocker blocker(m_folders);
-    m_folders->clear();
-    m_folders->addItems(m_data.archiveFolders());
-    m_folders->setCurrentRow(0);
+    showArchiveFolders(*m_folders, m_data);
     setCurrentFolder(0);
 }
 
@@ -305,9 +303,7 @@ void SearchForm::setCurrentFolder(int index)
 {
     const QString folder = index >= 0 && index < m_folders->count() ? m_folders->item(index)->text() : QString();
     m_folderPath->setText(folder.isEmpty() ? QString() : m_data.folderPath(folder));
-    m_archives->clear();
-    if (!folder.isEmpty())
-        m_archives->addItems(ArchiveFile::list(m_data.folderPath(folder)));
+    showArchives(*m_archives, folder.isEmpty() ? QString() : m_data.folderPath(folder));
     m_archiveCount->setText(u"Nbre de CD ou disquettes répertoriés : "_qs + formatSigned(m_archives->count()));
     if (m_selectAll->isChecked())
         m_archives->selectAll();
