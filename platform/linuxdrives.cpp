@@ -279,6 +279,7 @@ LinuxDrives::LinuxDrives(InventoryReader reader)
 QList<Drive> LinuxDrives::drives()
 {
     const QList<Drive> fresh = assignDriveLetters(m_reader());
+    const QMutexLocker lock(&m_mutex);
     m_given = m_anyGiven ? keepLetters(m_given, fresh) : fresh;
     m_anyGiven = true;
     return m_given;
@@ -286,8 +287,13 @@ QList<Drive> LinuxDrives::drives()
 
 void LinuxDrives::refresh()
 {
-    const QList<Drive> before = m_given;
-    const bool anyBefore = m_anyGiven;
+    QList<Drive> before;
+    bool anyBefore = false;
+    {
+        const QMutexLocker lock(&m_mutex);
+        before = m_given;
+        anyBefore = m_anyGiven;
+    }
     if (drives() != before || !anyBefore)
         emit changed();
 }

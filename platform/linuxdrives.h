@@ -5,6 +5,7 @@
 #include <QByteArrayView>
 #include <QHash>
 #include <QList>
+#include <QMutex>
 #include <QString>
 #include <QStringList>
 
@@ -79,6 +80,8 @@ public:
     LinuxDrives();
     explicit LinuxDrives(InventoryReader reader);
 
+    // Safe from any thread: a walk looks its drive up on its worker while the window's thread
+    // follows the mounts.
     QList<Drive> drives() override;
 
     // Reads the drives again and says changed() when they differ from those last given.
@@ -88,6 +91,7 @@ public:
 
 private:
     InventoryReader m_reader;
+    QMutex m_mutex; // guards the two below
     QList<Drive> m_given;
     bool m_anyGiven = false;
 };
