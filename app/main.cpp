@@ -3,6 +3,7 @@
 #include "linuxdirectorylister.h"
 #include "linuxdrives.h"
 #include "mainform.h"
+#include "programsetup.h"
 #include "qtmediawindow.h"
 #include "qtpictureloader.h"
 #include "qtprinter.h"
@@ -10,9 +11,6 @@
 #include "widgetdialogs.h"
 
 #include <QApplication>
-#include <QLibraryInfo>
-#include <QLocale>
-#include <QTranslator>
 
 int main(int argc, char *argv[])
 {
@@ -21,16 +19,7 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
         qputenv("QT_MEDIA_BACKEND", "gstreamer");
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Kalvex2"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kalvex2"));
-    QApplication::setDesktopFileName(QStringLiteral("kalvex2"));
-
-    // The standard dialogs and buttons speak French ("Oui", "Non", "Annuler") whatever the locale.
-    QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-    QTranslator qtTranslations;
-    if (qtTranslations.load(QLocale(QLocale::French), QStringLiteral("qtbase"), QStringLiteral("_"),
-                            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(&qtTranslations);
+    setUpProgram();
 
     // The data directory is the program's own, wherever it was started from.
     const DataDirectory data(QCoreApplication::applicationDirPath());

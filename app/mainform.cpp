@@ -5,6 +5,7 @@
 #include "datadirectory.h"
 #include "extensionsform.h"
 #include "foldersform.h"
+#include "formsupport.h"
 #include "launcher.h"
 #include "pictureloader.h"
 #include "themesform.h"
@@ -41,10 +42,7 @@ MainForm::MainForm(const DataDirectory &data, const PlatformServices &services, 
     m_picture->setMinimumSize(480, 320);
     layout->addWidget(m_picture, 1);
 
-    m_storedPath = new QLabel(central);
-    m_storedPath->setObjectName(QStringLiteral("storedPath"));
-    m_storedPath->setAccessibleName(QStringLiteral("Dossier du programme"));
-    m_storedPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_storedPath = makeTextLabel(QStringLiteral("storedPath"), central);
     layout->addWidget(m_storedPath);
     setCentralWidget(central);
 
@@ -98,12 +96,9 @@ void MainForm::buildButtons(QWidget *row)
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     for (const Command &command : commands) {
-        auto *button = new QToolButton(row);
-        button->setObjectName(command.icon);
-        button->setIconSize(QSize(32, 32));
-        button->setToolTip(command.hint);
         // The display settings button has no hint; screen readers get the menu's caption.
-        button->setAccessibleName(command.hint.isEmpty() ? QStringLiteral("Affichage") : command.hint);
+        QToolButton *button = makePictureButton(command.hint, row, QStringLiteral("Affichage"));
+        button->setObjectName(command.icon);
         button->setProperty("iconFile", command.icon);
         connect(button, &QToolButton::clicked, this, command.run);
         layout->addWidget(button);

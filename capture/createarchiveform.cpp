@@ -1,16 +1,18 @@
 #include "createarchiveform.h"
 
 #include "archivefile.h"
+#include "archivelists.h"
 #include "datadirectory.h"
 #include "dialogs.h"
+#include "drivechooser.h"
 #include "drives.h"
 #include "filefinder.h"
 #include "foundlistmodel.h"
 #include "listprintout.h"
 #include "searchthread.h"
+#include "windows1252.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -43,7 +45,6 @@ public:
     explicit CounterLabel(QWidget *parent)
         : QLabel(parent)
     {
-        setAccessibleName(QStringLiteral("Nombre de fichiers trouvés"));
         setTextInteractionFlags(Qt::TextSelectableByMouse);
         fitLongestText();
     }
@@ -73,25 +74,6 @@ private:
         setFixedSize(longest);
     }
 };
-
-// The drive whose mount point holds `path` most closely, or an empty name.
-QString driveHolding(const QList<Drive> &drives, const QString &path)
-{
-    QString best;
-    qsizetype bestLength = -1;
-    for (const Drive &drive : drives) {
-        const QString root = drive.mountPoint;
-        if (root.isEmpty())
-            continue;
-        const bool holds = path == root || root == QLatin1String("/")
-                           || path.startsWith(root + QLatin1Char('/'));
-        if (holds && root.size() > bestLength) {
-            best = drive.name;
-            bestLength = root.size();
-        }
-    }
-    return best;
-}
 
 } // namespace
 
@@ -142,9 +124,7 @@ void CreateArchiveForm::buildControls()
     m_driveHint = new QLabel(kDriveHint, this);
     m_driveHint->setObjectName(QStringLiteral("driveHint"));
     m_driveHint->setWordWrap(true);
-    m_driveChooser = new QComboBox(this);
-    m_driveChooser->setObjectName(QStringLiteral("driveChooser"));
-    m_driveChooser->setAccessibleName(QStringLiteral("Lecteur"));
+    m_driveChooser = new DriveChooser(m_drives, QStringLiteral("driveChooser"), this);
     m_driveHint->setBuddy(m_driveChooser);
 
     auto *nameLabel = new QLabel(QStringLiteral("Identification du support:nom du fichier d'archives à créer :    "
@@ -233,11 +213,7 @@ void CreateArchiveForm::load()
     loadButtonIcon(m_createButton, m_pictures, m_data, QStringLiteral("File005.ico"));
     loadButtonIcon(m_printButton, m_pictures, m_data, QStringLiteral("inkjet.ico"));
 
-    const QSignalBlocker blockFolders(m_folders);
-    m_folders->clear();
-    m_folders->addItems(m_data.archiveFolders());
-    if (m_folders->count() > 0)
-        m_folders->setCurrentRow(0);
+    showArchiveFolders(*m_folders, m_data);
     m_currentFolder = m_data.folderPath(m_folders->count() > 0 ? m_folders->item(0)->text() : QString());
     showArchives();
 
@@ -246,12 +222,8 @@ void CreateArchiveForm::load()
 
 void CreateArchiveForm::selectFirstCdRom()
 {
-    const QList<Drive> drives = m_drives.drives();
-    m_driveChooser->clear();
-    for (const Drive &drive : drives) {
-        m_driveChooser->addItem(drive.name);
-        m_driveChooser->setItemData(m_driveChooser->count() - 1, drive.mountPoint, Qt::ToolTipRole);
-    }
+    m_driveChooser->reload();
+    const QList<Drive> drives = m_driveChooser->drives();
     QString letter;
     for (const Drive &drive : drives) {
         if (drive.type == DriveType::CdRom) {
@@ -261,10 +233,10 @@ void CreateArchiveForm::selectFirstCdRom()
     }
     m_driveHint->setText(kDriveHint + letter);
     // Without a CD-ROM drive the chooser stays on the drive of the data directory.
-    const QString chosen = letter.isEmpty() ? driveHolding(drives, m_data.path()) : letter + QLatin1Char(':');
-    const int index = m_driveChooser->findText(chosen);
-    if (index >= 0)
-        m_driveChooser->setCurrentIndex(index);
+    if (letter.isEmpty())
+        m_driveChooser->setCurrentIndex(int(driveHolding(drives, m_data.path())));
+    else
+        m_driveChooser->setCurrentName(letter + QLatin1Char(':'));
 }
 
 void CreateArchiveForm::chooseFolder(int row)
@@ -277,8 +249,7 @@ void CreateArchiveForm::chooseFolder(int row)
 
 void CreateArchiveForm::showArchives()
 {
-    m_archives->clear();
-    m_archives->addItems(ArchiveFile::list(m_currentFolder));
+    ::showArchives(*m_archives, m_currentFolder);
 }
 
 void CreateArchiveForm::setCounter(int count)
@@ -297,13 +268,13 @@ void CreateArchiveForm::create()
         m_dialogs.message(QStringLiteral("Nom trop long (8 caractères maxi)"));
         return;
     }
-    m_name->setText(m_name->text().toUpper());
+    m_name->setText(Windows1252::toUpper(m_name->text()));
     if (m_name->text().isEmpty()) {
         m_dialogs.message(QStringLiteral("Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"));
         return;
     }
     // The name is refused, not the type: any other drive, hard disk or not, is scanned.
-    const QString drive = m_driveChooser->currentText();
+    const QString drive = m_driveChooser->currentName();
     if (drive == QLatin1String("c:")) {
         m_dialogs.message(QStringLiteral("Ce logiciel est destiné uniquement à archiver des CD-Rom ou des disquettes, "
                                          "vous ne pouvez pas archiver un disque dur. ")

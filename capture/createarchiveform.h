@@ -11,12 +11,12 @@ class Clock;
 class DataDirectory;
 class Dialogs;
 class DirectoryLister;
+class DriveChooser;
 class Drives;
 class FileFinder;
 class FoundListModel;
 class PictureLoader;
 class Printer;
-class QComboBox;
 class QLabel;
 class QLineEdit;
 class QListView;
@@ -67,7 +67,7 @@ private:
     const Clock &m_clock;
 
     QLabel *m_driveHint = nullptr;
-    QComboBox *m_driveChooser = nullptr;
+    DriveChooser *m_driveChooser = nullptr;
     QLineEdit *m_name = nullptr;
     QListWidget *m_folders = nullptr;
     QListWidget *m_archives = nullptr;

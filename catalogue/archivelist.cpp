@@ -24,21 +24,9 @@ QString renameQuestion(const QString &selectedFile)
     return QStringLiteral("Souhaitez-vous RENOMMER  LE FICHIER ") + selectedFile;
 }
 
-QString upperCasedName(const QString &typed)
-{
-    QString upper;
-    upper.reserve(typed.size());
-    for (const QChar c : typed) {
-        const QByteArray byte = Windows1252::encode(QStringView(&c, 1));
-        const bool inCodePage = byte != "?" || c == QLatin1Char('?');
-        upper.append(inCodePage ? Windows1252::decode(Windows1252::toUpper(byte)) : QString(c));
-    }
-    return upper;
-}
-
 QString renamedPath(const QString &currentFolder, const QString &answer)
 {
-    return currentFolder + QLatin1Char('/') + upperCasedName(answer) + QStringLiteral(".lst");
+    return currentFolder + QLatin1Char('/') + Windows1252::toUpper(answer) + QStringLiteral(".lst");
 }
 
 bool rename(const QString &selectedFile, const QString &currentFolder, const QString &answer)

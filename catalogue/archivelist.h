@@ -23,11 +23,8 @@ QString countLabel(const QString &text, qsizetype count);
 QString deleteQuestion(const QString &selectedFile);
 QString renameQuestion(const QString &selectedFile);
 
-// The upper-case form of a typed archive name, as Windows-1252 upper-cases: é becomes É, while a
-// character the code page cannot hold, or whose upper case is not one character (ß), stays as typed.
-QString upperCasedName(const QString &typed);
-
-// The path an archive is renamed to: the current folder, "/", the upper-cased answer and ".lst".
+// The path an archive is renamed to: the current folder, "/", the answer upper-cased as
+// Windows1252::toUpper does and ".lst".
 // No length or character check: an empty answer gives ".lst" in the folder.
 QString renamedPath(const QString &currentFolder, const QString &answer);
 

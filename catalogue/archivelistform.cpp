@@ -1,7 +1,7 @@
 #include "archivelistform.h"
 
-#include "archivefile.h"
 #include "archivelist.h"
+#include "archivelists.h"
 #include "datadirectory.h"
 #include "dialogs.h"
 
@@ -23,14 +23,10 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
     m_folders = makeList(QStringLiteral("folders"), QStringLiteral("Dossiers d'archivage"));
     m_archives = makeList(QStringLiteral("archives"), QStringLiteral("Fichiers d'archives"));
 
-    m_currentFolder = makeValueLabel(QStringLiteral("Dossier courant"), this);
-    m_currentFolder->setObjectName(QStringLiteral("currentFolder"));
-    m_selectedFile = makeValueLabel(QStringLiteral("Fichier sélectionné"), this);
-    m_selectedFile->setObjectName(QStringLiteral("selectedFile"));
-    m_index = makeValueLabel(QStringLiteral("Index du fichier"), this);
-    m_index->setObjectName(QStringLiteral("index"));
-    m_count = makeValueLabel(QStringLiteral("Nombre de fichiers d'archives"), this);
-    m_count->setObjectName(QStringLiteral("count"));
+    m_currentFolder = makeTextLabel(QStringLiteral("currentFolder"), this);
+    m_selectedFile = makeTextLabel(QStringLiteral("selectedFile"), this);
+    m_index = makeTextLabel(QStringLiteral("index"), this);
+    m_count = makeTextLabel(QStringLiteral("count"), this);
     for (QLabel *label : {m_currentFolder, m_selectedFile, m_index}) {
         label->setWordWrap(true);
         label->setMinimumHeight(label->fontMetrics().height()); // no jump when emptied
@@ -62,6 +58,9 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
     layout->setRowStretch(0, 1);
     resize(620, 440);
 
+    // A click on the folder already selected refills the list as any click does; the keyboard
+    // moves the selection.
+    connect(m_folders, &QListWidget::itemClicked, this, &ArchiveListForm::folderClicked);
     connect(m_folders, &QListWidget::itemSelectionChanged, this, &ArchiveListForm::folderClicked);
     connect(m_archives, &QListWidget::itemSelectionChanged, this, &ArchiveListForm::archiveClicked);
     connect(m_delete, &QPushButton::clicked, this, &ArchiveListForm::deleteSelected);
@@ -71,13 +70,7 @@ ArchiveListForm::ArchiveListForm(const DataDirectory &data, Dialogs &dialogs, Pr
 void ArchiveListForm::load()
 {
     m_data.makeCurrent();
-    {
-        const QSignalBlocker blocker(m_folders);
-        m_folders->clear();
-        m_folders->addItems(m_data.archiveFolders());
-        if (m_folders->count() > 0)
-            m_folders->setCurrentRow(0);
-    }
+    showArchiveFolders(*m_folders, m_data);
     // The first folder is current, so the window opens on archives rather than on the program's
     // own directory, which holds none.
     const QString first = m_folders->count() > 0 ? m_folders->item(0)->text() : QString();
@@ -108,8 +101,7 @@ void ArchiveListForm::archiveClicked()
 void ArchiveListForm::refillArchives(const QString &countText)
 {
     const QSignalBlocker blocker(m_archives);
-    m_archives->clear();
-    m_archives->addItems(ArchiveFile::list(m_currentFolder->text()));
+    showArchives(*m_archives, m_currentFolder->text());
     m_count->setText(ArchiveList::countLabel(countText, m_archives->count()));
 }
 

@@ -40,11 +40,3 @@ void DataDirectory::startUp() const
     for (const QString &folder : defaultFolders())
         dir.mkdir(folder); // an existing folder, or a read-only directory, is left as it is
 }
-
-void sortAsListed(QStringList &names)
-{
-    std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
-        const int byCase = a.compare(b, Qt::CaseInsensitive);
-        return byCase != 0 ? byCase < 0 : a < b;
-    });
-}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "filenames.h" // sortAsListed, which the users of the data directory's lists share
+
 #include <QString>
 #include <QStringList>
 
@@ -39,5 +41,3 @@ private:
     QString m_path;
 };
 
-// Sorts names as directory listings give them here: ignoring case, then by their bytes.
-void sortAsListed(QStringList &names);

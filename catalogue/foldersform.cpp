@@ -22,10 +22,8 @@ FoldersForm::FoldersForm(const DataDirectory &data, Dialogs &dialogs, Printer &p
 
     m_folders = makeList(QStringLiteral("folders"), QStringLiteral("Dossiers d'archivage"));
 
-    m_count = makeValueLabel(QStringLiteral("Nombre de dossiers"), this);
-    m_count->setObjectName(QStringLiteral("count"));
-    m_selectedFolder = makeValueLabel(QStringLiteral("Dossier sélectionné"), this);
-    m_selectedFolder->setObjectName(QStringLiteral("selectedFolder"));
+    m_count = makeTextLabel(QStringLiteral("count"), this);
+    m_selectedFolder = makeTextLabel(QStringLiteral("selectedFolder"), this);
     m_selectedFolder->setMinimumHeight(m_selectedFolder->fontMetrics().height()); // no jump when emptied
 
     auto *caption = new QLabel(ArchiveFolders::kNewFolderCaption, this);

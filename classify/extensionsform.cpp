@@ -2,10 +2,11 @@
 
 #include "datadirectory.h"
 #include "dialogs.h"
+#include "drivechooser.h"
 #include "drives.h"
 #include "extensiontable.h"
+#include "windows1252.h"
 
-#include <QComboBox>
 #include <QEvent>
 #include <QFileSystemModel>
 #include <QGridLayout>
@@ -24,8 +25,7 @@ ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialog
                                PictureLoader &pictures, const Clock &clock, QWidget *parent)
     : LineTableForm(data, dialogs, printer, pictures, clock,
                     {QStringLiteral(" extensions"), QStringLiteral("Souhaitez-vous SUPPRIMER cette extension "),
-                     QStringLiteral("Extensions"), QStringLiteral("Nombre d'extensions"),
-                     QStringLiteral("Extension choisie")},
+                     QStringLiteral("Extensions")},
                     parent)
     , m_drives(drives)
 {
@@ -81,8 +81,7 @@ QWidget *ExtensionsForm::buildClassPane()
     m_classes->setAccessibleName(QStringLiteral("Classification du fichier"));
     m_classes->addItems(ExtensionTable::classNames());
     classCaption->setBuddy(m_classes);
-    m_chosenClass = makeValueLabel(QStringLiteral("Classification choisie"), pane);
-    m_chosenClass->setObjectName(QStringLiteral("chosenClass"));
+    m_chosenClass = makeTextLabel(QStringLiteral("chosenClass"), pane);
 
     layout->addLayout(newRow);
     layout->addSpacing(12);
@@ -99,9 +98,7 @@ QWidget *ExtensionsForm::buildProgramPane()
     auto *layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_driveChooser = new QComboBox(pane);
-    m_driveChooser->setObjectName(QStringLiteral("drives"));
-    m_driveChooser->setAccessibleName(QStringLiteral("Lecteur"));
+    m_driveChooser = new DriveChooser(m_drives, QStringLiteral("drives"), pane);
 
     m_directoryModel = new QFileSystemModel(this);
     m_directoryModel->setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
@@ -112,8 +109,7 @@ QWidget *ExtensionsForm::buildProgramPane()
     m_noDirectories = new QStandardItemModel(this);
     showDirectoryModel(m_directoryModel);
 
-    m_currentDirectory = makeValueLabel(QStringLiteral("Répertoire courant"), pane);
-    m_currentDirectory->setObjectName(QStringLiteral("currentDirectory"));
+    m_currentDirectory = makeTextLabel(QStringLiteral("currentDirectory"), pane);
     m_currentDirectory->setWordWrap(true);
 
     m_programModel = new QStringListModel(this);
@@ -126,8 +122,7 @@ QWidget *ExtensionsForm::buildProgramPane()
     m_programFiles->setToolTip(ExtensionTable::programPattern());
 
     auto *programCaption = new QLabel(QStringLiteral("Nom du fichier associé:"), pane);
-    m_chosenProgram = makeValueLabel(QStringLiteral("Nom du fichier associé"), pane);
-    m_chosenProgram->setObjectName(QStringLiteral("chosenProgram"));
+    m_chosenProgram = makeTextLabel(QStringLiteral("chosenProgram"), pane);
     m_chosenProgram->setWordWrap(true);
 
     layout->addWidget(m_driveChooser);
@@ -141,7 +136,7 @@ QWidget *ExtensionsForm::buildProgramPane()
         if (m_revealPending && m_directoryTree->currentIndex().isValid())
             m_directoryTree->scrollTo(m_directoryTree->currentIndex(), QAbstractItemView::PositionAtCenter);
     });
-    connect(m_driveChooser, &QComboBox::currentIndexChanged, this, &ExtensionsForm::chooseDrive);
+    connect(m_driveChooser, &DriveChooser::currentDriveChanged, this, &ExtensionsForm::chooseDrive);
     connect(m_programFiles->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex &current) {
                 if (current.isValid())
@@ -150,9 +145,17 @@ QWidget *ExtensionsForm::buildProgramPane()
     return pane;
 }
 
+void ExtensionsForm::setVisible(bool visible)
+{
+    // A window's position includes its frame when it is set before the window shows; set from
+    // load(), during the showing, it placed the client area there and the title bar off screen.
+    if (visible && !isVisible())
+        move(0, 0);
+    LineTableForm::setVisible(visible);
+}
+
 void ExtensionsForm::load()
 {
-    move(0, 0);
     openTable(ExtensionTable::fileName(), ExtensionTable::fileName());
 
     // Nothing but the file is kept between openings.
@@ -164,13 +167,10 @@ void ExtensionsForm::load()
     m_chosenProgram->clear();
 
     // The chooser starts on the data directory, on the drive that holds it.
-    m_driveList = m_drives.drives();
     {
         const QSignalBlocker blocker(m_driveChooser);
-        m_driveChooser->clear();
-        for (const Drive &drive : std::as_const(m_driveList))
-            m_driveChooser->addItem(drive.mountPoint.isEmpty() ? drive.name : drive.name + QStringLiteral("  ") + drive.mountPoint);
-        m_driveChooser->setCurrentIndex(int(ExtensionTable::driveHolding(m_driveList, m_data.path())));
+        m_driveChooser->reload();
+        m_driveChooser->setCurrentIndex(int(driveHolding(m_driveChooser->drives(), m_data.path())));
     }
     chooseDrive(m_driveChooser->currentIndex());
     const QModelIndex home = m_directoryModel->index(m_data.path());
@@ -198,7 +198,8 @@ void ExtensionsForm::chooseClass(int row)
 
 void ExtensionsForm::chooseDrive(int index)
 {
-    const QString root = index >= 0 && index < m_driveList.size() ? m_driveList[index].mountPoint : QString();
+    const QList<Drive> &drives = m_driveChooser->drives();
+    const QString root = index >= 0 && index < drives.size() ? drives[index].mountPoint : QString();
     if (root.isEmpty()) {
         // A drive without a medium: nothing to walk or list.
         showDirectoryModel(m_noDirectories);
@@ -245,6 +246,6 @@ void ExtensionsForm::add()
         m_dialogs.message(refusal);
         return;
     }
-    m_newExtension->setText(ExtensionTable::upperCased(m_newExtension->text()));
+    m_newExtension->setText(Windows1252::toUpper(m_newExtension->text()));
     appendLine(ExtensionTable::entryLine(m_newExtension->text(), m_classCode, m_program));
 }

@@ -4,9 +4,9 @@
 
 #include <QList>
 
+class DriveChooser;
 class Drives;
 class QAbstractItemModel;
-class QComboBox;
 class QFileSystemModel;
 class QLabel;
 class QLineEdit;
@@ -26,6 +26,9 @@ public:
     ExtensionsForm(const DataDirectory &data, Drives &drives, Dialogs &dialogs, Printer &printer,
                    PictureLoader &pictures, const Clock &clock, QWidget *parent = nullptr);
     ~ExtensionsForm() override;
+
+    // Each opening puts the window's frame, title bar included, at the top-left corner of the screen.
+    void setVisible(bool visible) override;
 
 protected:
     void load() override;
@@ -47,13 +50,12 @@ private:
     int m_classCode = 0; // 0 until a class is chosen
     QString m_program;   // empty until a program is chosen
     QString m_directory; // the directory the program files are listed from
-    QList<Drive> m_driveList;
     bool m_revealPending = false; // the data directory is to be scrolled into view
 
     QLineEdit *m_newExtension = nullptr;
     QListWidget *m_classes = nullptr;
     QLabel *m_chosenClass = nullptr;
-    QComboBox *m_driveChooser = nullptr;
+    DriveChooser *m_driveChooser = nullptr;
     QFileSystemModel *m_directoryModel = nullptr;
     QAbstractItemModel *m_noDirectories = nullptr;
     QTreeView *m_directoryTree = nullptr;

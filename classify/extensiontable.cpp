@@ -23,15 +23,9 @@ QStringList classNames()
     };
 }
 
-QString upperCased(const QString &text)
-{
-    // By the code page's table: QString::toUpper would turn "ß" into "SS".
-    return Windows1252::decode(Windows1252::toUpper(Windows1252::encode(text)));
-}
-
 QString entryLine(const QString &extension, int classCode, const QString &program)
 {
-    return upperCased(extension) + QString(9, QLatin1Char(' ')) + QLatin1Char('&') + QString::number(classCode) + program;
+    return Windows1252::toUpper(extension) + QString(9, QLatin1Char(' ')) + QLatin1Char('&') + QString::number(classCode) + program;
 }
 
 QString refusal(const QString &extension, int classCode, const QString &program)
@@ -81,25 +75,6 @@ QStringList programFiles(const QString &directory)
     }
     sortAsListed(names);
     return names;
-}
-
-qsizetype driveHolding(const QList<Drive> &drives, const QString &path)
-{
-    qsizetype best = -1;
-    qsizetype bestLength = -1;
-    for (qsizetype i = 0; i < drives.size(); ++i) {
-        QString root = drives[i].mountPoint;
-        if (root.isEmpty())
-            continue;
-        if (!root.endsWith(QLatin1Char('/')))
-            root += QLatin1Char('/');
-        const bool holds = path == drives[i].mountPoint || path.startsWith(root);
-        if (holds && root.size() > bestLength) {
-            best = i;
-            bestLength = root.size();
-        }
-    }
-    return best;
 }
 
 } // namespace ExtensionTable

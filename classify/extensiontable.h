@@ -1,6 +1,5 @@
 #pragma once
 
-#include "drives.h"
 
 #include <QString>
 #include <QStringList>
@@ -18,9 +17,6 @@ QStringList classNames();
 
 // The pattern of the program chooser's file list, as it is shown.
 inline QString programPattern() { return QStringLiteral("*.exe; *.bat;*.com"); }
-
-// `text` upper-cased as the code page does it (é gives É).
-QString upperCased(const QString &text);
 
 // The line of the table for `extension` (upper-cased here), `classCode` and `program`.
 QString entryLine(const QString &extension, int classCode, const QString &program);
@@ -41,8 +37,5 @@ bool isProgramFile(const QString &fileName, bool executable);
 
 // The files of `directory` the chooser lists, sorted as listings are; none when unreadable.
 QStringList programFiles(const QString &directory);
-
-// The drive whose mount point holds `path` (the deepest one), as an index into `drives`; -1 if none.
-qsizetype driveHolding(const QList<Drive> &drives, const QString &path);
 
 } // namespace ExtensionTable

@@ -21,14 +21,12 @@ LineTableForm::LineTableForm(const DataDirectory &data, Dialogs &dialogs, Printe
     , m_texts(std::move(texts))
     , m_table(QString(), QString())
 {
-    m_count = makeValueLabel(m_texts.countName, this);
-    m_count->setObjectName(QStringLiteral("count"));
+    m_count = makeTextLabel(QStringLiteral("count"), this);
     m_lines = new QListWidget(this);
     m_lines->setObjectName(QStringLiteral("lines"));
     m_lines->setAccessibleName(m_texts.listName);
     m_lines->setUniformItemSizes(true);
-    m_selected = makeValueLabel(m_texts.selectedName, this);
-    m_selected->setObjectName(QStringLiteral("selected"));
+    m_selected = makeTextLabel(QStringLiteral("selected"), this);
 
     m_add = new QPushButton(QStringLiteral("Ajouter"), this);
     m_add->setObjectName(QStringLiteral("add"));

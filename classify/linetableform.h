@@ -26,9 +26,7 @@ protected:
     {
         QString countSuffix;       // " extensions"
         QString removalQuestion;   // followed by the selected line
-        QString listName;          // accessible names
-        QString countName;
-        QString selectedName;
+        QString listName;          // the list's accessible name
     };
 
     LineTableForm(const DataDirectory &data, Dialogs &dialogs, Printer &printer, PictureLoader &pictures,

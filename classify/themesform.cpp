@@ -12,7 +12,7 @@ ThemesForm::ThemesForm(const DataDirectory &data, Dialogs &dialogs, Printer &pri
                        const Clock &clock, QWidget *parent)
     : LineTableForm(data, dialogs, printer, pictures, clock,
                     {QStringLiteral(" thèmes"), QStringLiteral("Souhaitez-vous SUPPRIMER ce thème "),
-                     QStringLiteral("Thèmes"), QStringLiteral("Nombre de thèmes"), QStringLiteral("Thème choisi")},
+                     QStringLiteral("Thèmes")},
                     parent)
 {
     setWindowTitle(QStringLiteral("Kalvex2 Thèmes"));

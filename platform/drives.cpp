@@ -19,3 +19,31 @@ std::optional<Drive> Drives::find(const QString &name)
     }
     return std::nullopt;
 }
+
+qsizetype driveHolding(const QList<Drive> &drives, const QString &path)
+{
+    qsizetype best = -1;
+    qsizetype bestLength = -1;
+    for (qsizetype i = 0; i < drives.size(); ++i) {
+        QString root = drives[i].mountPoint;
+        if (root.isEmpty())
+            continue;
+        if (!root.endsWith(QLatin1Char('/')))
+            root += QLatin1Char('/');
+        const bool holds = path == drives[i].mountPoint || path.startsWith(root);
+        if (holds && root.size() > bestLength) {
+            best = i;
+            bestLength = root.size();
+        }
+    }
+    return best;
+}
+
+QString driveDescription(const Drive &drive)
+{
+    if (drive.mountPoint.isEmpty())
+        return QStringLiteral("(aucun support)");
+    if (drive.label.isEmpty())
+        return drive.mountPoint;
+    return QStringLiteral("[%1]  %2").arg(drive.label, drive.mountPoint);
+}

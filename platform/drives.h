@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QObject>
 #include <QString>
 #include <optional>
 
@@ -11,22 +12,38 @@ struct Drive
     QString name;       // a lower-case letter and a colon, "d:"
     DriveType type = DriveType::Unknown;
     QString mountPoint; // the native root of the drive; empty when no medium is mounted
+    QString label = {}; // the volume label, when the medium has one
+    QString device = {}; // what is mounted ("/dev/sr0", an image): tells drives apart over time
 
     bool operator==(const Drive &) const = default;
 };
 
-// The system's drives, named by letters as the catalogues name them.
-class Drives
+// The system's drives, named by letters as the catalogues name them. changed() tells that drives
+// came or went (a stick plugged in, a disc mounted); the letters of the drives that stay do not change.
+class Drives : public QObject
 {
+    Q_OBJECT
+
 public:
-    virtual ~Drives() = default;
+    ~Drives() override = default;
 
     // Every drive, in letter order. The same set of drives gives the same letters every time.
     virtual QList<Drive> drives() = 0;
 
     // The drive named by `name` ("d:", "d:\", "D", ...), if there is one.
     std::optional<Drive> find(const QString &name);
+
+signals:
+    void changed();
 };
 
 // The drive name ("d:") of a name or root such as "D:\", "d:" or "d"; empty when there is no letter.
 QString driveNameOf(const QString &nameOrRoot);
+
+// The drive whose mount point holds `path` (the deepest one; "/" holds every absolute path), as an
+// index into `drives`; -1 when none does.
+qsizetype driveHolding(const QList<Drive> &drives, const QString &path);
+
+// What a drive chooser shows under the letter: the volume label and the mount point, or that the
+// drive holds no medium.
+QString driveDescription(const Drive &drive);

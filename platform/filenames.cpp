@@ -1,5 +1,7 @@
 #include "filenames.h"
 
+#include <algorithm>
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -19,4 +21,12 @@ QString resolveInDirectory(const QString &directory, const QString &bareName)
         }
     }
     return match.isEmpty() ? exact : dir.filePath(match);
+}
+
+void sortAsListed(QStringList &names)
+{
+    std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
+        const int byCase = a.compare(b, Qt::CaseInsensitive);
+        return byCase != 0 ? byCase < 0 : a < b;
+    });
 }

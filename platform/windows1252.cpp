@@ -85,6 +85,24 @@ QByteArray toUpper(QByteArrayView bytes)
     return out;
 }
 
+QString toUpper(QStringView text)
+{
+    QString out(text.size(), Qt::Uninitialized);
+    QChar *dst = out.data();
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        const char byte = encodeOne(c);
+        const bool inCodePage = byte != '?' || c == u'?';
+        if (!inCodePage) {
+            dst[i] = QChar(c);
+            continue;
+        }
+        const unsigned char upper = kUpper[static_cast<unsigned char>(byte)];
+        dst[i] = (upper >= 0x80 && upper < 0xA0) ? QChar(kHighControls[upper - 0x80]) : QChar(char16_t(upper));
+    }
+    return out;
+}
+
 QByteArray fromNativeFileName(QByteArrayView nativeName)
 {
     QByteArray out(nativeName.size(), Qt::Uninitialized);

@@ -45,6 +45,10 @@ inline char toUpper(char c)
     return char(kUpper[static_cast<unsigned char>(c)]);
 }
 QByteArray toUpper(QByteArrayView bytes);
+// Text upper-cased by the same table, character for character: a character the code page cannot
+// hold is left as it is, so the result is always as long as the text ("straße" gives "STRAßE",
+// where QString::toUpper would give nine characters).
+QString toUpper(QStringView text);
 
 // A file name as the system gives it (bytes, normally UTF-8) turned into one catalogue line:
 // Windows-1252, with '?' for what the code page cannot hold and for CR, LF and '"'.

@@ -1,6 +1,7 @@
 #include "searchform.h"
 
 #include "archivefile.h"
+#include "archivelists.h"
 #include "datadirectory.h"
 #include "dialogs.h"
 #include "extensionentry.h"
@@ -57,7 +58,7 @@ const QString kSelectAllOff = u"La Sélection de tous les fichiers d'archives es
 QLabel *makeCaption(const QString &text, QWidget *parent)
 {
     auto *label = new QLabel(text, parent);
-    label->setAccessibleName(text);
+    label->setObjectName(text);
     return label;
 }
 
@@ -108,14 +109,14 @@ void SearchForm::buildLayout()
     m_folders->setAccessibleName(u"Dossiers d'archivage"_qs);
     m_folders->setMaximumHeight(110);
     archivesColumn->addWidget(m_folders);
-    m_folderPath = makeValueLabel(u"Dossier courant"_qs, this);
+    m_folderPath = makeTextLabel(u"Dossier courant"_qs, this);
     archivesColumn->addWidget(m_folderPath);
     m_archives = new QListWidget(this);
     m_archives->setAccessibleName(u"Fichiers d'archives"_qs);
     m_archives->setObjectName(u"archives"_qs);
     m_archives->setSelectionMode(QAbstractItemView::ExtendedSelection);
     archivesColumn->addWidget(m_archives);
-    m_archiveCount = makeValueLabel(u"Nombre d'archives"_qs, this);
+    m_archiveCount = makeTextLabel(u"Nombre d'archives"_qs, this);
     archivesColumn->addWidget(m_archiveCount);
     m_selectAll = new QCheckBox(kSelectAllOff, this);
     m_selectAll->setAccessibleName(u"Sélection de tous les fichiers d'archives"_qs);
@@ -156,15 +157,15 @@ void SearchForm::buildLayout()
     searchColumn->addWidget(m_extensions);
     auto *extensionRow = new QHBoxLayout;
     extensionRow->addWidget(makeCaption(u"Extension--->"_qs, this));
-    m_extension = makeValueLabel(u"Extension"_qs, this);
+    m_extension = makeTextLabel(u"Extension"_qs, this);
     m_extension->setMinimumWidth(40);
     extensionRow->addWidget(m_extension);
-    m_description = makeValueLabel(u"Programme associé"_qs, this);
+    m_description = makeTextLabel(u"Programme associé"_qs, this);
     extensionRow->addWidget(m_description, 1);
     searchColumn->addLayout(extensionRow);
     auto *mediumRow = new QHBoxLayout;
     mediumRow->addWidget(makeCaption(u"Support--->"_qs, this));
-    m_medium = makeValueLabel(u"Support"_qs, this);
+    m_medium = makeTextLabel(u"Support"_qs, this);
     mediumRow->addWidget(m_medium, 1);
     searchColumn->addLayout(mediumRow);
     auto *classRow = new QHBoxLayout;
@@ -193,11 +194,11 @@ void SearchForm::buildLayout()
     m_stop->setToolTip(u"Arrêter la recherche (Echap)"_qs);
     m_stop->setAutoDefault(false);
     status->addWidget(m_stop);
-    m_foundCount = makeValueLabel(u"Nombre de fichiers trouvés"_qs, this);
+    m_foundCount = makeTextLabel(u"Nombre de fichiers trouvés"_qs, this);
     status->addWidget(m_foundCount, 1);
-    m_term = makeValueLabel(u"Terme recherché"_qs, this);
+    m_term = makeTextLabel(u"Terme recherché"_qs, this);
     status->addWidget(m_term, 1);
-    m_kind = makeValueLabel(u"Type de recherche"_qs, this);
+    m_kind = makeTextLabel(u"Type de recherche"_qs, this);
     m_kind->setVisible(false);
     status->addWidget(m_kind);
     m_loading->setVisible(false);
@@ -281,10 +282,7 @@ void SearchForm::load()
     m_extensions->clear();
     m_extensions->addItems(TableFile::read(m_data.file(u"extens.txt"_qs)));
 
-    const QSignalBlocker blocker(m_folders);
-    m_folders->clear();
-    m_folders->addItems(m_data.archiveFolders());
-    m_folders->setCurrentRow(0);
+    showArchiveFolders(*m_folders, m_data);
     setCurrentFolder(0);
 }
 
@@ -292,9 +290,7 @@ void SearchForm::setCurrentFolder(int index)
 {
     const QString folder = index >= 0 && index < m_folders->count() ? m_folders->item(index)->text() : QString();
     m_folderPath->setText(folder.isEmpty() ? QString() : m_data.folderPath(folder));
-    m_archives->clear();
-    if (!folder.isEmpty())
-        m_archives->addItems(ArchiveFile::list(m_data.folderPath(folder)));
+    showArchives(*m_archives, folder.isEmpty() ? QString() : m_data.folderPath(folder));
     m_archiveCount->setText(u"Nbre de CD ou disquettes répertoriés : "_qs + formatSigned(m_archives->count()));
     if (m_selectAll->isChecked())
         m_archives->selectAll();

@@ -139,7 +139,7 @@ QByteArrayView extensionColumnOf(QByteArrayView path)
 
 QByteArray searchTerm(const QString &typed)
 {
-    return Windows1252::toUpper(Windows1252::encode(typed));
+    return Windows1252::encode(Windows1252::toUpper(typed));
 }
 
 QString archiveNameOf(const QString &fileName)

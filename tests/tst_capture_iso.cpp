@@ -8,23 +8,10 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
-
-bool run(const QString &program, const QStringList &arguments, QString *output = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool ok = process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit
-                    && process.exitCode() == 0;
-    if (output)
-        *output = QString::fromLocal8Bit(process.readAll());
-    return ok;
-}
 
 // Unmounts on every way out of the test, a failed check included.
 struct Mount
@@ -36,7 +23,7 @@ struct Mount
     ~Mount()
     {
         if (mounted)
-            run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
+            TestSupport::run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
     }
     QString mountPoint;
     bool mounted = false;
@@ -76,13 +63,13 @@ private slots:
 
         const QString image = base.filePath(u"disc.iso"_qs);
         QString output;
-        QVERIFY2(run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-R"_qs, u"-input-charset"_qs, u"utf-8"_qs,
+        QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-R"_qs, u"-input-charset"_qs, u"utf-8"_qs,
                                          u"-V"_qs, u"KALVEX"_qs, u"-o"_qs, image, tree.path()},
                      &output),
                  qPrintable(output));
 
         Mount mount(base.filePath(u"mnt"_qs));
-        QVERIFY2(run(u"fuseiso"_qs, {u"-c"_qs, u"UTF-8"_qs, image, mount.mountPoint}, &output), qPrintable(output));
+        QVERIFY2(TestSupport::run(u"fuseiso"_qs, {u"-c"_qs, u"UTF-8"_qs, image, mount.mountPoint}, &output), qPrintable(output));
         mount.mounted = true;
 
         LinuxDrives drives;

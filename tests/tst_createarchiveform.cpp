@@ -2,9 +2,11 @@
 #include "createarchiveform.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
+#include "gate.h"
 #include "testsupport.h"
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
@@ -14,8 +16,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
-#include <QTimer>
+#include <QSemaphore>
 #include <QToolButton>
 
 namespace {
@@ -109,9 +110,14 @@ private slots:
         QCOMPARE(f.fakes.pictures.icons,
                  (QStringList{f.data.file(u"File005.ico"_qs), f.data.file(u"inkjet.ico"_qs)}));
         for (QWidget *control : f.window().findChildren<QWidget *>()) {
-            if (control->focusPolicy() != Qt::NoFocus && control->isVisible() && control->parent() == &f.window())
-                QVERIFY2(!control->accessibleName().isEmpty(), qPrintable(control->objectName()));
+            if (control->focusPolicy() != Qt::NoFocus && control->isVisible() && control->window() == &f.window()
+                && !control->parentWidget()->inherits("QAbstractScrollArea"))
+                QVERIFY2(!QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name).isEmpty(),
+                         qPrintable(control->objectName()));
         }
+        // The counter is read as it shows: its value, not a fixed name.
+        QCOMPARE(QAccessible::queryAccessibleInterface(f.child<QLabel>(u"counter"_qs))->text(QAccessible::Name),
+                 u"0 fichiers trouvés"_qs);
         QCOMPARE(QDir::currentPath(), QDir(f.dir.path()).canonicalPath());
     }
 
@@ -123,6 +129,34 @@ private slots:
         f.window();
         QCOMPARE(f.child<QLabel>(u"driveHint"_qs)->text(), kHint);
         QCOMPARE(f.child<QComboBox>(u"driveChooser"_qs)->currentText(), u"d:"_qs); // the data directory's
+    }
+
+    // Drives come and go while the window is open: the chooser follows, the choice stays, and the
+    // line under it shows the chosen drive's label and mount point.
+    void theChooserFollowsTheDrives()
+    {
+        Fixture f;
+        f.window();
+        QComboBox *chooser = f.child<QComboBox>(u"driveChooser"_qs);
+        QLabel *details = f.child<QLabel>(u"driveChooserDetails"_qs);
+        QCOMPARE(details->text(), u"/cd"_qs);
+        QVERIFY(details->accessibleName().isEmpty()); // a screen reader reads the text itself
+
+        const QList<Drive> before = f.fakes.drives.list;
+        QList<Drive> withStick = before;
+        withStick.append({u"f:"_qs, DriveType::Fixed, u"/media/anne/CLE"_qs, u"CLE"_qs, u"/dev/sdb1"_qs});
+        f.fakes.drives.replace(withStick);
+        QCOMPARE(chooser->count(), 4);
+        QCOMPARE(chooser->itemText(3), u"f:"_qs);
+        QCOMPARE(chooser->currentText(), u"e:"_qs);
+        QCOMPARE(details->text(), u"/cd"_qs);
+
+        chooser->setCurrentText(u"f:"_qs);
+        QCOMPARE(details->text(), u"[CLE]  /media/anne/CLE"_qs);
+        f.fakes.drives.replace(before); // the stick is pulled out
+        QCOMPARE(chooser->count(), 3);
+        QVERIFY(chooser->currentText() != u"f:"_qs);
+        QCOMPARE(details->text(), driveDescription(before.value(chooser->currentIndex())));
     }
 
     void refusals_data()
@@ -179,6 +213,11 @@ private slots:
         // Editing the name hides the notice.
         QTest::keyClick(f.child<QLineEdit>(u"name"_qs), Qt::Key_Backspace);
         QVERIFY(!f.noticeShown());
+
+        // Upper-cased as the code page does: "ß" stays one letter, so the name keeps its length.
+        f.create(u"straße"_qs);
+        QCOMPARE(f.child<QLineEdit>(u"name"_qs)->text(), u"STRAßE"_qs);
+        QVERIFY(QFile::exists(f.archive(u"Divers"_qs, u"STRAßE.lst"_qs)));
     }
 
     void aNameOfBlanksIsUsedAsItIs()
@@ -218,14 +257,20 @@ private slots:
         f.fakes.directoryLister.set("/cd/", {{"A", true}, {"B", true}, {"C.TXT"}});
         f.fakes.directoryLister.set("/cd/A/", {{"X.TXT"}});
         f.fakes.directoryLister.set("/cd/B/", {{"Y.TXT"}});
-        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(30); };
+        Gate gate; // the walk waits inside A until the folder and the name have changed
+        f.fakes.directoryLister.onList = [&](const QByteArray &path) {
+            if (path == "/cd/A/")
+                gate.pass();
+        };
         QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"FIRST"_qs);
         QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
         QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
-        QTRY_VERIFY(f.window().findChild<QLabel *>(u"counter"_qs)->text() != u"0 fichiers trouvés"_qs);
+        QVERIFY(gate.waitForArrivals(1));
+        QTRY_COMPARE(f.counter(), u"3 fichiers trouvés"_qs);
         auto *folders = f.child<QListWidget>(u"folders"_qs);
         folders->setCurrentRow(int(f.data.archiveFolders().indexOf(folder)));
         f.child<QLineEdit>(u"name"_qs)->setText(u"LATER"_qs);
+        gate.open();
         QVERIFY(finished.wait(10000));
 
         QCOMPARE(TestSupport::readFile(f.archive(folder, u"LATER.lst"_qs)),
@@ -244,11 +289,17 @@ private slots:
         for (int d = 0; d < 20; ++d)
             root.append({"D" + QByteArray::number(d), true});
         f.fakes.directoryLister.set("/cd/", root);
-        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(10); };
+        Gate gate; // the walk waits in the first sub-directory while the window shows the root's entries
+        f.fakes.directoryLister.onList = [&](const QByteArray &path) {
+            if (path != "/cd/")
+                gate.pass();
+        };
         QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"COUPE"_qs);
         QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
-        QTRY_VERIFY(f.window().findChild<QLabel *>(u"counter"_qs)->text() != u"0 fichiers trouvés"_qs);
+        QVERIFY(gate.waitForArrivals(1));
+        QTRY_COMPARE(f.counter(), u"20 fichiers trouvés"_qs);
         QVERIFY(f.window().isScanning());
+        gate.open(); // the window goes before its end of scan, whether the walk ends first or not
         f.form.reset();
         QVERIFY(QDir(f.data.folderPath(u"Divers"_qs)).entryList(QDir::Files).isEmpty());
     }
@@ -287,17 +338,24 @@ private slots:
             f.fakes.directoryLister.set("/cd/" + name + "/", files);
         }
         f.fakes.directoryLister.set("/cd/", root);
-        // A slow medium: each directory takes a moment to read.
-        f.fakes.directoryLister.onList = [](const QByteArray &) { QThread::msleep(5); };
+        // Each directory is read when the test lets it: the counter must show every step.
+        QSemaphore directories;
+        f.fakes.directoryLister.onList = [&](const QByteArray &path) {
+            if (path != "/cd/")
+                directories.acquire();
+        };
         QAbstractItemModelTester tester(f.child<QListView>(u"found"_qs)->model());
 
-        QSet<QString> seen;
-        QTimer watch;
-        connect(&watch, &QTimer::timeout, this, [&] { seen.insert(f.counter()); });
-        watch.start(1);
-        f.create(u"GROS"_qs);
-        watch.stop();
-        QVERIFY2(seen.size() >= 3, qPrintable(QStringList(seen.values()).join(u"|"_qs)));
+        QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"GROS"_qs);
+        QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
+        for (int step = 0; step < 3; ++step) {
+            QTRY_COMPARE(f.counter(), QString::number(40 + step * 1002) + u" fichiers trouvés"_qs);
+            QTRY_COMPARE(f.foundRows(), 40 + step * 1002);
+            directories.release();
+        }
+        directories.release(40);
+        QVERIFY(finished.wait(10000));
         QCOMPARE(f.counter(), u"32767 fichiers trouvés"_qs);
         QCOMPARE(f.foundRows(), 32767);
         const QList<QByteArray> lines = ArchiveReader::lines(TestSupport::readFile(f.archive(u"Divers"_qs, u"GROS.lst"_qs)));

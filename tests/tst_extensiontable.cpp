@@ -74,18 +74,6 @@ private slots:
         QVERIFY(ExtensionTable::programFiles(dir.filePath(u"missing"_qs)).isEmpty());
     }
 
-    void driveHoldingPicksTheDeepestMountPoint()
-    {
-        const QList<Drive> drives = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
-                                     {u"d:"_qs, DriveType::CdRom, QString()},
-                                     {u"e:"_qs, DriveType::Removable, u"/media/usb"_qs}};
-        QCOMPARE(ExtensionTable::driveHolding(drives, u"/home/kalvex2"_qs), 0);
-        QCOMPARE(ExtensionTable::driveHolding(drives, u"/media/usb"_qs), 2);
-        QCOMPARE(ExtensionTable::driveHolding(drives, u"/media/usb/kalvex2"_qs), 2);
-        QCOMPARE(ExtensionTable::driveHolding(drives, u"/media/usb2"_qs), 0);
-        QCOMPARE(ExtensionTable::driveHolding({}, u"/home"_qs), -1);
-    }
-
     void starterTableHoldsEveryClassWithTheDesktopOpener()
     {
         const QString starter = QStringLiteral(KALVEX_STARTER_TABLE);

@@ -1,11 +1,11 @@
 #include "fakedirectorylister.h"
 #include "fakedrives.h"
+#include "gate.h"
 #include "filefinder.h"
 #include "linuxdirectorylister.h"
 #include "searchthread.h"
 #include "testsupport.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QRandomGenerator>
 #include <QFile>
@@ -36,11 +36,9 @@ void search(FileFinder &finder)
     finder.Rechercher();
 }
 
-FakeDrives cdAt(const QString &mountPoint)
+QList<Drive> cdAt(const QString &mountPoint)
 {
-    FakeDrives drives;
-    drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, mountPoint}};
-    return drives;
+    return {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, mountPoint}};
 }
 
 // Asks the real lister, and removes a directory once the root has been listed.
@@ -303,24 +301,58 @@ private slots:
         QVERIFY(!search.isRunning());
     }
 
+    // A stop while the walk is inside a directory: nothing after it is read or recorded.
+    void aStopCutsTheWalkShort()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"A", true}, {"B", true}});
+        lister.set("/cd/A/", {{"X"}});
+        lister.set("/cd/B/", {{"Y"}});
+        Gate gate;
+        lister.onList = [&](const QByteArray &path) {
+            if (path == "/cd/A/")
+                gate.pass();
+        };
+        FileFinder finder(drives, lister);
+        finder.setChemin(u"d:"_qs);
+        finder.setCriteres(u"*.*"_qs);
+        SearchThread search(finder);
+        QSignalSpy finished(&search, &SearchThread::finished);
+        search.start();
+        QVERIFY(gate.waitForArrivals(1));
+        finder.Annuler();
+        gate.open();
+        QVERIFY(finished.wait(5000));
+        QVERIFY(!finder.State());
+        QVERIFY(!lister.listed.contains("/cd/B/"));
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\A", "d:\\B"}));
+
+        // The same walk without a stop reads B.
+        lister.listed.clear();
+        finder.setChemin(u"d:"_qs);
+        search.start();
+        QVERIFY(finished.wait(5000));
+        QVERIFY(lister.listed.contains("/cd/B/"));
+        QVERIFY(results(finder).contains("d:\\B\\Y"));
+    }
+
     void destroyingARunningSearchCancelsIt()
     {
         FakeDrives drives = cdAt(u"/cd"_qs);
         FakeDirectoryLister lister;
         lister.set("/cd/", {{"SUB", true}});
         lister.set("/cd/SUB/", {{"X"}});
-        QAtomicInt release = 0;
-        lister.onList = [&](const QByteArray &) {
-            while (!release.loadAcquire())
-                QThread::msleep(1);
-        };
+        Gate gate;
+        lister.onList = [&](const QByteArray &) { gate.pass(); };
         FileFinder finder(drives, lister);
         finder.setChemin(u"d:"_qs);
         {
             SearchThread search(finder);
             search.start();
-            release.storeRelease(1);
-        } // waits for the walk
+            QVERIFY(gate.waitForArrivals(1));
+            gate.open();
+        } // cancels the walk and waits for it
         QVERIFY(!finder.State());
     }
 
@@ -342,10 +374,9 @@ private slots:
             walk.start();
             while (finder.count() < 50 * round && finder.State())
                 QThread::yieldCurrentThread();
+            QSignalSpy finished(&walk, &SearchThread::finished);
             finder.Annuler();
-            QDeadlineTimer deadline(10000);
-            while (finder.State() && !deadline.hasExpired())
-                QThread::msleep(1);
+            QVERIFY(finished.wait(10000));
             QVERIFY(!finder.State());
             const QList<QByteArray> partial = results(finder);
             QCOMPARE(partial, all.first(partial.size()));

@@ -32,25 +32,15 @@ QList<QToolButton *> pictureButtons(MainForm &window)
 
 QAction *menuAction(MainForm &window, const QString &caption)
 {
-    for (QAction *action : window.menuBar()->actions()) {
-        if (action->text() == caption)
-            return action;
-        if (action->menu()) {
-            for (QAction *item : action->menu()->actions()) {
-                if (item->text() == caption)
-                    return item;
-            }
-        }
-    }
-    return nullptr;
+    return TestSupport::menuAction(window.menuBar(), caption);
 }
 
 // A click as the window system delivers it, so that window modality applies to it.
 void clickThroughWindowSystem(QWidget *topLevel, QWidget *button)
 {
     const QPoint centre = button->mapTo(topLevel, button->rect().center());
-    QTest::mouseClick(topLevel->windowHandle(), Qt::LeftButton, {}, centre);
-    QTest::qWait(20);
+    QTest::mouseClick(topLevel->windowHandle(), Qt::LeftButton, {}, centre); // delivered at once
+    QCoreApplication::processEvents(); // and whatever it posted
 }
 
 // A main window started on a fresh data directory, with or without the program's pictures.

@@ -99,6 +99,13 @@ private slots:
         QCOMPARE(f.items("archives"), (QStringList{u"PCFUN75.lst"_qs, u"PCMAG13.lst"_qs}));
         QCOMPARE(f.label("count"), kOpening + u" 2"_qs);
 
+        // A click on the folder already selected is a click all the same: the list is read again.
+        QVERIFY(TestSupport::writeFile(f.divers(u"PCNEW.lst"_qs), "\"d:\\A\"\r\n"));
+        f.click("folders", u"Divers"_qs);
+        QCOMPARE(f.items("archives"), (QStringList{u"PCFUN75.lst"_qs, u"PCMAG13.lst"_qs, u"PCNEW.lst"_qs}));
+        QCOMPARE(f.label("count"), u"Nbre de CD ou disquettes répertoriés :  3"_qs);
+        QVERIFY(QFile::remove(f.divers(u"PCNEW.lst"_qs)));
+
         f.click("folders", u"Images"_qs);
         QVERIFY(f.items("archives").isEmpty());
         QCOMPARE(f.label("count"), u"Nbre de CD ou disquettes répertoriés :  0"_qs);

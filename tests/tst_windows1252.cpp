@@ -32,6 +32,19 @@ private slots:
         QCOMPARE(Windows1252::toUpper("\xF7\xDF\xB5"), QByteArray("\xF7\xDF\xB5"));
     }
 
+    void textUpperCasingKeepsEveryCharacter()
+    {
+        // The same table for text; what the code page cannot hold is kept, one for one, so a
+        // name keeps its length (QString::toUpper turns "ß" into "SS").
+        QCOMPARE(Windows1252::toUpper(u"straße"), u"STRAßE"_qs);
+        QCOMPARE(Windows1252::toUpper(u"été œuvre šž ÿ ?"), u"ÉTÉ ŒUVRE ŠŽ Ÿ ?"_qs);
+        const QString outside = u"ǆ日😀x"_qs; // ǆ has a capital, but not in the code page
+        QCOMPARE(Windows1252::toUpper(outside), u"ǆ日😀X"_qs);
+        // One rule with the byte version: encoding and upper-casing commute.
+        const QString mixed = u"Thèmes € œuvre ß 日"_qs;
+        QCOMPARE(Windows1252::encode(Windows1252::toUpper(mixed)), Windows1252::toUpper(Windows1252::encode(mixed)));
+    }
+
     void nativeNamesBecomeOneCatalogueLine_data()
     {
         QTest::addColumn<QByteArray>("native");

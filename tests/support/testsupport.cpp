@@ -1,6 +1,8 @@
 #include "testsupport.h"
 
 #include <QDir>
+#include <QMenu>
+#include <QMenuBar>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -80,6 +82,33 @@ bool fuseUsable(QString *why)
         }
     }
     return true;
+}
+
+bool run(const QString &program, const QStringList &arguments, QString *output)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    const bool ok = process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit
+                    && process.exitCode() == 0;
+    if (output)
+        *output = QString::fromLocal8Bit(process.readAll());
+    return ok;
+}
+
+QAction *menuAction(const QMenuBar *bar, const QString &caption)
+{
+    for (QAction *action : bar->actions()) {
+        if (action->text() == caption)
+            return action;
+        if (action->menu()) {
+            for (QAction *item : action->menu()->actions()) {
+                if (item->text() == caption)
+                    return item;
+            }
+        }
+    }
+    return nullptr;
 }
 
 } // namespace TestSupport

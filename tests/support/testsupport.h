@@ -6,6 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+class QAction;
+class QMenuBar;
+
 namespace TestSupport {
 
 QByteArray readFile(const QString &path);
@@ -32,5 +35,12 @@ bool haveProgram(const QString &name);
 
 // Whether FUSE file systems can be mounted here; `why` tells what is missing when not.
 bool fuseUsable(QString *why);
+
+// Runs a program to its end (a minute at most); true when it exited with 0. `output` gets what it
+// wrote on both channels.
+bool run(const QString &program, const QStringList &arguments, QString *output = nullptr);
+
+// The action of a menu bar, or of one of its menus, with this caption; null when none has it.
+QAction *menuAction(const QMenuBar *bar, const QString &caption);
 
 } // namespace TestSupport

@@ -3,10 +3,10 @@
 #include <QString>
 #include <QStringList>
 
-// An entry of the extension table read by fixed columns: characters 1 to 3 the extension, the number
-// read from character 14 on the class code, characters 15 on the program. The columns fit a
-// three-letter extension; a shorter one shifts the line, so its entry never matches a class and its
-// extension is read with the blanks that follow it.
+// An entry of the extension table, as ExtensionTable::entryLine writes it, read by fixed columns:
+// characters 1 to 3 the extension, the number read from character 14 on the class code, characters
+// 15 on the program. The columns fit a three-letter extension; a shorter one shifts the line, so
+// its entry never matches a class and its extension is read with the blanks that follow it.
 namespace ExtensionEntry {
 
 QString extension(const QString &entry);

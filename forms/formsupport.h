@@ -32,5 +32,6 @@ QToolButton *makePictureButton(const QString &hint, QWidget *parent, const QStri
 void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const DataDirectory &data,
                     const QString &bareName);
 
-// A label that screen readers name by `name` (for labels whose text is a value, such as a count).
-QLabel *makeValueLabel(const QString &name, QWidget *parent);
+// A label showing a value (a count, a selected name, a path): its text is what screen readers read,
+// and it can be selected to be copied. `objectName` is the handle windows and tests find it by.
+QLabel *makeTextLabel(const QString &objectName, QWidget *parent);

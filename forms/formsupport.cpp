@@ -36,10 +36,10 @@ void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const Data
     button->setIcon(pictures.loadIcon(data.file(bareName)));
 }
 
-QLabel *makeValueLabel(const QString &name, QWidget *parent)
+QLabel *makeTextLabel(const QString &objectName, QWidget *parent)
 {
     auto *label = new QLabel(parent);
-    label->setAccessibleName(name);
+    label->setObjectName(objectName);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
 }

@@ -1,0 +1,114 @@
+// What the window manager gets as each window's title (_NET_WM_NAME, read back with xprop) under
+// a real X server: the titles exactly, with nothing appended. Run under xvfb-run; without an X
+// server the test says why and skips.
+#include "datadirectory.h"
+#include "fakeservices.h"
+#include "mainform.h"
+#include "programsetup.h"
+#include "testsupport.h"
+#include "widgetdialogs.h"
+
+#include <QApplication>
+#include <QMenuBar>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+// The _NET_WM_NAME of a window as xprop prints it: _NET_WM_NAME(UTF8_STRING) = "title".
+QString windowManagerName(const QWidget &window)
+{
+    QProcess xprop;
+    xprop.start(u"xprop"_qs, {u"-id"_qs, QString::number(window.winId()), u"_NET_WM_NAME"_qs});
+    if (!xprop.waitForFinished(10000))
+        return u"(xprop did not answer)"_qs;
+    const QString out = QString::fromUtf8(xprop.readAllStandardOutput()).trimmed();
+    const qsizetype first = out.indexOf(u'"');
+    return first < 0 ? out : out.mid(first + 1, out.lastIndexOf(u'"') - first - 1);
+}
+
+} // namespace
+
+class tst_WindowTitles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        if (QGuiApplication::platformName() != u"xcb"_qs)
+            QSKIP("no X server (DISPLAY unset): the window manager's titles cannot be read here");
+        if (!TestSupport::haveProgram(u"xprop"_qs))
+            QSKIP("xprop (x11-utils) is not installed");
+    }
+
+    void everyWindowHasItsTitleAsItIs_data()
+    {
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("creation") << u"Créer un fichier d'archives"_qs << u"Créer un fichier d'archives"_qs;
+        QTest::newRow("archive list") << u"Supprimer un fichier d'archives"_qs
+                                      << u"Renommer ou supprimer un fichier d'archives"_qs;
+        QTest::newRow("search") << u"Recherche d'un fichier"_qs << u"Kalvex2 Recherches"_qs;
+        QTest::newRow("extensions") << u"      Extensions "_qs << u"Kalvex2 Extensions"_qs;
+        QTest::newRow("folders") << u"Dossiers d'archivage"_qs << u"Kalvex Dossiers"_qs;
+        QTest::newRow("themes") << u"Thèmes"_qs << u"Kalvex2 Thèmes"_qs;
+    }
+
+    void everyWindowHasItsTitleAsItIs()
+    {
+        QFETCH(QString, menu);
+        QFETCH(QString, title);
+        setUpProgram();
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        FakeServices fakes;
+        DataDirectory data(dir.path());
+        MainForm main(data, fakes.services());
+        main.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&main));
+        QCOMPARE(windowManagerName(main), u"Kalvex2"_qs);
+
+        QAction *action = TestSupport::menuAction(main.menuBar(), menu);
+        QVERIFY(action);
+        action->trigger();
+        QWidget *opened = QApplication::activeModalWidget();
+        QVERIFY(opened && opened != &main);
+        QVERIFY(QTest::qWaitForWindowExposed(opened));
+        QCOMPARE(windowManagerName(*opened), title);
+        opened->close();
+    }
+
+    // A question box: its title as given, blanks included.
+    void questionBoxesToo()
+    {
+        setUpProgram();
+        FakeServices fakes;
+        WidgetDialogs dialogs(fakes.launcher, QApplication::applicationName());
+        QString seen;
+        QTimer::singleShot(0, this, [&] {
+            QWidget *box = QApplication::activeModalWidget();
+            if (!box)
+                return;
+            if (QTest::qWaitForWindowExposed(box))
+                seen = windowManagerName(*box);
+            box->close();
+        });
+        dialogs.question(u"Souhaitez-vous SUPPRIMER ce thème ?"_qs, u"Suppression de fichier "_qs, kDemoHelp);
+        QCOMPARE(seen, u"Suppression de fichier "_qs);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    // Under an X server the real window system is used, to read what the window manager gets.
+    if (!qEnvironmentVariableIsEmpty("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication app(argc, argv);
+    tst_WindowTitles test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_windowtitles.moc"
