@@ -8,10 +8,10 @@
 
 #include <memory>
 
+class ArchivePicker;
 class DataDirectory;
 class Dialogs;
 class PictureLoader;
-class QCheckBox;
 class QLabel;
 class QListView;
 class QListWidget;
@@ -71,9 +71,6 @@ protected:
 
 private:
     void buildLayout();
-    void setCurrentFolder(int index);
-    void setAllSelected(bool selected);
-    void setAllFolders(bool on);
     void startSearch(SearchKind kind, const QString &typed);
     void takeRows();
     void showProgress(int archivesDone);
@@ -85,12 +82,7 @@ private:
     Dialogs &m_dialogs;
     PictureLoader &m_pictures;
 
-    QListWidget *m_folders = nullptr;
-    QLabel *m_folderPath = nullptr;
-    QListWidget *m_archives = nullptr;
-    QLabel *m_archiveCount = nullptr;
-    QCheckBox *m_selectAll = nullptr;
-    QCheckBox *m_allFolders = nullptr;
+    ArchivePicker *m_archives = nullptr;
     QToolButton *m_byName = nullptr;
     QToolButton *m_byString = nullptr;
     QToolButton *m_byExtension = nullptr;
@@ -112,9 +104,6 @@ private:
     QList<ResultListModel *> m_models;
     std::unique_ptr<SearchRun> m_run;
     quint64 m_runSerial = 0;
-    QStringList m_searchFolders;      // all-folders search: the folder of each stretch of archives
-    QList<int> m_folderFirstArchive;  // ... and the index of its first archive
-    int m_shownFolder = -1;
     QString m_kindMarker;
     QByteArray m_searchedTerm;
     qsizetype m_currentRow = -1;

@@ -147,7 +147,7 @@ void benchWindow(const QString &dataPath)
     form.show();
     if (!QTest::qWaitForWindowExposed(&form))
         std::printf("the window was not shown\n");
-    child<QCheckBox>(form, QStringLiteral("Sélection de tous les fichiers d'archives"))->setChecked(true);
+    form.findChild<QCheckBox *>(QStringLiteral("selectAll"))->setChecked(true);
     QProgressBar *progress = child<QProgressBar>(form, QStringLiteral("Progression de la recherche"));
     QListView *sorted = child<QListView>(form, QStringLiteral("Classement alphabétique"));
     QListView *names = child<QListView>(form, QStringLiteral("Classement ordre du support"));
