@@ -9,6 +9,7 @@
 #include "pictureloader.h"
 #include "themesform.h"
 #include "searchform.h"
+#include "themesearchform.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -165,6 +166,10 @@ void MainForm::openSearch()
 
 void MainForm::openThemeSearch()
 {
+    if (!m_themeSearch)
+        m_themeSearch = new ThemeSearchForm(m_data, m_services.dialogs, m_services.pictures, m_services.printer,
+                                            m_services.clock, this);
+    showModal(m_themeSearch);
 }
 
 void MainForm::openFolders()

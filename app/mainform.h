@@ -14,6 +14,7 @@ class QLabel;
 class QToolButton;
 class ThemesForm;
 class SearchForm;
+class ThemeSearchForm;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -65,4 +66,5 @@ private:
     QPointer<ArchiveListForm> m_archiveList;
     QPointer<FoldersForm> m_folders;
     QPointer<SearchForm> m_search;
+    QPointer<ThemeSearchForm> m_themeSearch;
 };
