@@ -184,9 +184,14 @@ void ThemeSearchForm::buildLayout()
     for (QListView *view : {names, paths, m_sortedView})
         view->viewport()->installEventFilter(this);
 
-    connect(m_themes, &QListWidget::currentTextChanged, m_chosenTheme, &QLabel::setText);
-    connect(m_extensions, &QListWidget::currentTextChanged, this,
-            [this](const QString &entry) { m_chosenTheme->setText(ExtensionEntry::extension(entry)); });
+    // A choice, by the keyboard or by a click (on the item already current too), writes the label.
+    const auto chooseTheme = [this](const QString &theme) { m_chosenTheme->setText(theme); };
+    const auto chooseExtension = [this](const QString &entry) { m_chosenTheme->setText(ExtensionEntry::extension(entry)); };
+    connect(m_themes, &QListWidget::currentTextChanged, this, chooseTheme);
+    connect(m_themes, &QListWidget::itemClicked, this, [chooseTheme](const QListWidgetItem *item) { chooseTheme(item->text()); });
+    connect(m_extensions, &QListWidget::currentTextChanged, this, chooseExtension);
+    connect(m_extensions, &QListWidget::itemClicked, this,
+            [chooseExtension](const QListWidgetItem *item) { chooseExtension(item->text()); });
     connect(m_search, &QToolButton::clicked, this, &ThemeSearchForm::search);
     connect(m_print, &QToolButton::clicked, this, &ThemeSearchForm::print);
 }
