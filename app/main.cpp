@@ -17,7 +17,6 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kalvex2"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kalvex2"));
     QApplication::setDesktopFileName(QStringLiteral("kalvex2"));
 
     // The standard dialogs and buttons speak French ("Oui", "Non", "Annuler") whatever the locale.

@@ -198,9 +198,11 @@ void ThemeSearchForm::buildLayout()
 
 void ThemeSearchForm::load()
 {
-    // The frame, title bar included, at the screen's top-left corner.
-    if (const QScreen *screen = this->screen())
-        move(screen->availableGeometry().topLeft());
+    // The frame, title bar included, at the screen's top-left corner (see event()).
+    if (const QScreen *screen = this->screen()) {
+        m_frameTarget = screen->availableGeometry().topLeft();
+        move(*m_frameTarget);
+    }
     m_data.makeCurrent();
     loadButtonIcon(m_search, m_pictures, m_data, u"card002.ico"_qs);
     loadButtonIcon(m_print, m_pictures, m_data, u"inkjet.ico"_qs);
@@ -335,6 +337,20 @@ void ThemeSearchForm::pressRow(qsizetype row, Qt::MouseButton button)
         m_chosenTheme->setText(m_chosenTheme->text().toUpper());
         emit actRequested();
     }
+}
+
+bool ThemeSearchForm::event(QEvent *event)
+{
+    // The window system may place a new window by its own rule, and its frame is only known once
+    // the window is up: then the frame goes where it was asked, once per opening.
+    const bool result = Form::event(event);
+    if (m_frameTarget && (event->type() == QEvent::Move || event->type() == QEvent::WindowActivate)
+        && frameGeometry() != geometry()) {
+        const QPoint target = *std::exchange(m_frameTarget, std::nullopt);
+        if (frameGeometry().topLeft() != target)
+            move(target);
+    }
+    return result;
 }
 
 bool ThemeSearchForm::eventFilter(QObject *watched, QEvent *event)

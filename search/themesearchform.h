@@ -3,7 +3,10 @@
 #include "formsupport.h"
 #include "searchresults.h"
 
+#include <QPoint>
+
 #include <memory>
+#include <optional>
 
 class ArchivePicker;
 class Clock;
@@ -62,6 +65,7 @@ signals:
 protected:
     void load() override;
     bool eventFilter(QObject *watched, QEvent *event) override;
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void reject() override;
 
@@ -98,4 +102,5 @@ private:
     std::unique_ptr<SearchRun> m_run;
     quint64 m_runSerial = 0;
     qsizetype m_currentRow = -1;
+    std::optional<QPoint> m_frameTarget; // where the frame goes once the window system shows it
 };
