@@ -18,22 +18,8 @@ ImageViewerForm::ImageViewerForm(FoundFiles &found, const Services &services, Pr
     m_frame->setMinimumSize(400, 300);
     setViewArea(m_frame);
 
-    QToolButton *copyButton = makeCopyButton(QStringLiteral("Copier"));
-    copyButton->setObjectName(QStringLiteral("copy"));
-    addButton(copyButton);
-    m_print = makePictureButton(QStringLiteral("Imprimer l'image"), this);
-    m_print->setObjectName(QStringLiteral("print"));
-    addButton(m_print);
-
-    connect(copyButton, &QToolButton::clicked, this, &ImageViewerForm::copy);
-    connect(m_print, &QToolButton::clicked, this, &ImageViewerForm::print);
+    connect(addCopyAndPrintButtons(QStringLiteral("Imprimer l'image")), &QToolButton::clicked, this, &ImageViewerForm::print);
     resize(640, 520);
-}
-
-void ImageViewerForm::load()
-{
-    ViewerForm::load();
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("Inkjet.ico"));
 }
 
 void ImageViewerForm::start()

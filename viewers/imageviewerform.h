@@ -24,14 +24,10 @@ public:
     const QImage &sizingBox() const { return m_sizingBox; }
     PictureFrame *frame() const { return m_frame; }
 
-protected:
-    void load() override;
-
 private:
     void showPicture(int row);
 
     Printer &m_printer;
     QImage m_sizingBox;
     PictureFrame *m_frame = nullptr;
-    QToolButton *m_print = nullptr;
 };

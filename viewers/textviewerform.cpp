@@ -22,22 +22,8 @@ TextViewerForm::TextViewerForm(FoundFiles &found, const Services &services, Prin
     m_text->setMinimumSize(480, 300);
     setViewArea(m_text);
 
-    QToolButton *copyButton = makeCopyButton(QStringLiteral("Copier"));
-    copyButton->setObjectName(QStringLiteral("copy"));
-    addButton(copyButton);
-    m_print = makePictureButton(QStringLiteral("Imprimer le texte"), this);
-    m_print->setObjectName(QStringLiteral("print"));
-    addButton(m_print);
-
-    connect(copyButton, &QToolButton::clicked, this, &TextViewerForm::copy);
-    connect(m_print, &QToolButton::clicked, this, &TextViewerForm::print);
+    connect(addCopyAndPrintButtons(QStringLiteral("Imprimer le texte")), &QToolButton::clicked, this, &TextViewerForm::print);
     resize(640, 520);
-}
-
-void TextViewerForm::load()
-{
-    ViewerForm::load();
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("Inkjet.ico"));
 }
 
 void TextViewerForm::start()

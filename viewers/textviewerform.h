@@ -20,11 +20,7 @@ public:
 
     QPlainTextEdit *textBox() const { return m_text; }
 
-protected:
-    void load() override;
-
 private:
     Printer &m_printer;
     QPlainTextEdit *m_text = nullptr;
-    QToolButton *m_print = nullptr;
 };

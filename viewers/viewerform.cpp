@@ -103,11 +103,25 @@ QToolButton *ViewerForm::makeCopyButton(const QString &caption)
     return button;
 }
 
+QToolButton *ViewerForm::addCopyAndPrintButtons(const QString &printHint)
+{
+    QToolButton *copyButton = makeCopyButton(QStringLiteral("Copier"));
+    copyButton->setObjectName(QStringLiteral("copy"));
+    addButton(copyButton);
+    connect(copyButton, &QToolButton::clicked, this, &ViewerForm::copyCurrentFile);
+    m_print = makePictureButton(printHint, this);
+    m_print->setObjectName(QStringLiteral("print"));
+    addButton(m_print);
+    return m_print;
+}
+
 void ViewerForm::load()
 {
     m_data.makeCurrent();
     for (QToolButton *button : std::as_const(m_copyButtons))
         loadButtonIcon(button, m_pictures, m_data, QStringLiteral("file005.ico"));
+    if (m_print)
+        loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("Inkjet.ico"));
     m_show.setDelayText(QString::number(SlideShow::kInitialDelay));
     m_slider->setValue(SlideShow::kInitialDelay);
 }

@@ -50,6 +50,9 @@ protected:
     // Adds a button to the row of the start button.
     void addButton(QWidget *button);
     QToolButton *makeCopyButton(const QString &caption);
+    // Adds "Copier" (the file on show) and a print button with the printer's icon; returns the
+    // print button for the viewer to connect.
+    QToolButton *addCopyAndPrintButtons(const QString &printHint);
     // Shows row `row` as the file on show (its stored path), remembering where it is here. False
     // when the rows changed under a running show and there is no such row any more.
     bool showCurrentFile(int row);
@@ -77,4 +80,5 @@ private:
     QCheckBox *m_pause = nullptr;
     QCheckBox *m_stop = nullptr;
     QList<QToolButton *> m_copyButtons;
+    QToolButton *m_print = nullptr;
 };
