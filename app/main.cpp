@@ -3,6 +3,7 @@
 #include "linuxdirectorylister.h"
 #include "linuxdrives.h"
 #include "mainform.h"
+#include "qtmediawindow.h"
 #include "qtpictureloader.h"
 #include "qtprinter.h"
 #include "systemclock.h"
@@ -15,6 +16,10 @@
 
 int main(int argc, char *argv[])
 {
+    // Qt 6.4's FFmpeg media backend crashes on a file with sound when there is no sound device;
+    // GStreamer plays the old AVI and WAV codecs. A user's own choice is kept.
+    if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
+        qputenv("QT_MEDIA_BACKEND", "gstreamer");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kalvex2"));
     QApplication::setDesktopFileName(QStringLiteral("kalvex2"));
@@ -37,8 +42,9 @@ int main(int argc, char *argv[])
     QtPrinter printer;
     QtPictureLoader pictures;
     SystemClock clock;
+    QtMediaWindow media;
     const PlatformServices services{dialogs, folderPicker, launcher, drives, directoryLister,
-                                    printer, pictures, clock};
+                                    printer, pictures, clock, media};
 
     MainForm window(data, services);
     window.show();

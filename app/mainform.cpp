@@ -8,8 +8,10 @@
 #include "launcher.h"
 #include "pictureloader.h"
 #include "themesform.h"
+#include "searchfoundfiles.h"
 #include "searchform.h"
 #include "themesearchform.h"
+#include "viewerwindows.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -159,8 +161,21 @@ void MainForm::openArchiveList()
 
 void MainForm::openSearch()
 {
-    if (!m_search)
-        m_search = new SearchForm(m_data, m_services.dialogs, m_services.pictures, this);
+    if (!m_search) {
+        m_search = new SearchForm(m_data,
+                                  {m_services.launcher, m_services.drives, m_services.dialogs, m_services.folderPicker,
+                                   m_services.pictures, m_services.media},
+                                  m_services.printer, m_services.clock, this);
+        m_foundFiles = std::make_unique<SearchFoundFiles>(m_search->results(), m_services.drives);
+        m_viewers = std::make_unique<ViewerWindows>(
+            *m_foundFiles,
+            ViewerForm::Services{m_data, m_services.clock, m_services.dialogs, m_services.folderPicker,
+                                 m_services.pictures},
+            m_services.printer, m_search);
+        connect(m_search, &SearchForm::picturesViewerRequested, this, [this] { m_viewers->showPictures(); });
+        connect(m_search, &SearchForm::textsViewerRequested, this, [this] { m_viewers->showTexts(); });
+        connect(m_search, &SearchForm::iconsViewerRequested, this, [this] { m_viewers->showIcons(); });
+    }
     showModal(m_search);
 }
 

@@ -5,6 +5,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <memory>
+
 class ArchiveListForm;
 class CreateArchiveForm;
 class DataDirectory;
@@ -15,6 +17,8 @@ class QToolButton;
 class ThemesForm;
 class SearchForm;
 class ThemeSearchForm;
+class SearchFoundFiles;
+class ViewerWindows;
 
 // The program's first window: start-up, the picture, and every command twice, in the menu bar and
 // as picture buttons. Each command opens its window modally; closing this window ends the program.
@@ -67,4 +71,7 @@ private:
     QPointer<FoldersForm> m_folders;
     QPointer<SearchForm> m_search;
     QPointer<ThemeSearchForm> m_themeSearch;
+    // The viewers read the search window's rows; both live as long as this window.
+    std::unique_ptr<SearchFoundFiles> m_foundFiles;
+    std::unique_ptr<ViewerWindows> m_viewers;
 };

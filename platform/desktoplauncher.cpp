@@ -48,6 +48,42 @@ void DesktopLauncher::openHelp(const HelpTopic &topic)
     QDesktopServices::openUrl(url);
 }
 
+void DesktopLauncher::startWindowsFile(const QString &path)
+{
+    const CommandLine command = wineCommand(path, [](const QString &name) { return QStandardPaths::findExecutable(name); });
+    // Old programs look for their data beside them.
+    if (!command.program.isEmpty() && QFileInfo::exists(path))
+        QProcess::startDetached(command.program, command.arguments, QFileInfo(path).absolutePath());
+}
+
+void DesktopLauncher::startDosProgram(const QString &path)
+{
+    const CommandLine command = dosCommand(path, [](const QString &name) { return QStandardPaths::findExecutable(name); });
+    if (!command.program.isEmpty() && QFileInfo::exists(path))
+        QProcess::startDetached(command.program, command.arguments, QFileInfo(path).absolutePath());
+}
+
+CommandLine wineCommand(const QString &path, const FindProgram &findProgram)
+{
+    const QString wine = findProgram(QStringLiteral("wine"));
+    if (wine.isEmpty())
+        return {};
+    return {wine, {QStringLiteral("start"), QStringLiteral("/unix"), path}};
+}
+
+CommandLine dosCommand(const QString &path, const FindProgram &findProgram)
+{
+    const QString dosbox = findProgram(QStringLiteral("dosbox"));
+    if (dosbox.isEmpty())
+        return wineCommand(path, findProgram);
+    const QFileInfo program(path);
+    // Each -c is one dosbox command; the folder is quoted for dosbox's own parser, which splits
+    // at blanks. The program's name is the one on the disc (DOS names hold no blanks).
+    return {dosbox,
+            {QStringLiteral("-c"), QStringLiteral("mount c \"%1\"").arg(program.absolutePath()),
+             QStringLiteral("-c"), QStringLiteral("c:"), QStringLiteral("-c"), program.fileName()}};
+}
+
 CommandLine displaySettingsCommand(const std::function<QString(const QString &)> &findProgram)
 {
     const QList<CommandLine> candidates = {

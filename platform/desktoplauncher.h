@@ -16,6 +16,8 @@ public:
     void startProgram(const QString &program, const QStringList &arguments) override;
     void startDisplaySettings() override;
     void openHelp(const HelpTopic &topic) override;
+    void startWindowsFile(const QString &path) override;
+    void startDosProgram(const QString &path) override;
 
 private:
     QString m_programDirectory;
@@ -26,6 +28,16 @@ struct CommandLine
     QString program;
     QStringList arguments;
 };
+
+using FindProgram = std::function<QString(const QString &)>;
+
+// "wine start /unix PATH": wine opens programs, BAT files and (with its winhlp32) HLP files by
+// their Unix path. An empty program when wine is not found.
+CommandLine wineCommand(const QString &path, const FindProgram &findProgram);
+
+// dosbox with the program's folder mounted as C: and the program run there; wine when there is no
+// dosbox; an empty program when there is neither.
+CommandLine dosCommand(const QString &path, const FindProgram &findProgram);
 
 // The first display settings tool that `findProgram` finds, in the desktops' usual order;
 // an empty program when there is none.

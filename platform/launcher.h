@@ -24,4 +24,12 @@ public:
 
     // Opens a help file at a context ("DEMO.HLP", 1000).
     virtual void openHelp(const HelpTopic &topic) = 0;
+
+    // Starts a file of an old Windows system found on a medium (a Windows program, a BAT or an
+    // HLP file) through wine, when wine is installed; otherwise nothing happens.
+    virtual void startWindowsFile(const QString &path) = 0;
+
+    // Starts a DOS program (COM or DOS EXE) found on a medium in dosbox, else through wine, else
+    // not at all.
+    virtual void startDosProgram(const QString &path) = 0;
 };

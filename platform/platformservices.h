@@ -6,6 +6,7 @@ class DirectoryLister;
 class Drives;
 class FolderPicker;
 class Launcher;
+class MediaPlayer;
 class PictureLoader;
 class Printer;
 
@@ -21,4 +22,5 @@ struct PlatformServices
     Printer &printer;
     PictureLoader &pictures;
     Clock &clock;
+    MediaPlayer &media;
 };

@@ -4,6 +4,9 @@
 #include "datadirectory.h"
 #include "dialogs.h"
 #include "extensionentry.h"
+#include "foundfilepanel.h"
+#include "foundrowlabels.h"
+#include "listprintout.h"
 #include "resultlistmodel.h"
 #include "searchengine.h"
 #include "tablefile.h"
@@ -14,6 +17,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
@@ -57,14 +61,18 @@ QLabel *makeCaption(const QString &text, QWidget *parent)
 
 } // namespace
 
-SearchForm::SearchForm(const DataDirectory &data, Dialogs &dialogs, PictureLoader &pictures, QWidget *parent)
+SearchForm::SearchForm(const DataDirectory &data, const FoundFileActions::Services &services, Printer &printer,
+                       const Clock &clock, QWidget *parent)
     : Form(parent)
     , m_data(data)
-    , m_dialogs(dialogs)
-    , m_pictures(pictures)
+    , m_dialogs(services.dialogs)
+    , m_pictures(services.pictures)
+    , m_printer(printer)
+    , m_clock(clock)
 {
     setWindowTitle(u"Kalvex2 Recherches"_qs);
     setObjectName(u"SearchForm"_qs);
+    m_panel = new FoundFilePanel(services, this);
     for (auto column : {ResultListModel::Column::FileName, ResultListModel::Column::Archive,
                         ResultListModel::Column::Extension, ResultListModel::Column::Path,
                         ResultListModel::Column::Sorted})
@@ -77,6 +85,7 @@ SearchForm::~SearchForm() = default;
 QListView *SearchForm::makeResultView(ResultListModel *model, const QString &accessibleName)
 {
     auto *view = new QListView(this);
+    view->setObjectName(u"result"_qs + QString::number(m_models.indexOf(model)));
     view->setModel(model);
     view->setUniformItemSizes(true);
     view->setLayoutMode(QListView::Batched);
@@ -106,12 +115,16 @@ void SearchForm::buildLayout()
         caption->setWordWrap(true);
         row->addWidget(caption, 1);
         searchColumn->addLayout(row);
+        return caption;
     };
     addSearchButton(m_byName, kByNameHint);
-    addSearchButton(m_byString, kByStringHint);
+    m_byStringCaption = addSearchButton(m_byString, kByStringHint);
+    m_byStringCaption->setObjectName(u"byStringCaption"_qs);
+    m_byStringCaption->installEventFilter(this);
     addSearchButton(m_byExtension, kByExtensionHint);
     m_extensions = new QListWidget(this);
     m_extensions->setAccessibleName(u"Extensions"_qs);
+    m_extensions->setObjectName(u"extensions"_qs);
     m_extensions->setFont(QFont(u"Monospace"_qs));
     searchColumn->addWidget(m_extensions);
     auto *extensionRow = new QHBoxLayout;
@@ -139,37 +152,7 @@ void SearchForm::buildLayout()
     searchColumn->addLayout(classRow);
     top->addLayout(searchColumn, 3);
 
-    // Acting on found files: present here, wired by the actions on found files.
-    auto *sequences = new QGroupBox(u"Séquences automatisées"_qs, this);
-    sequences->setAccessibleName(sequences->title());
-    auto *sequencesLayout = new QVBoxLayout(sequences);
-    for (const QString &caption : {u"Fichiers Images BMP, GIF, JPG ou WMF"_qs, u"Fichiers DIZ et TXT"_qs,
-                                   u"Fichiers ICO, CUR ou EMF"_qs}) {
-        auto *button = new QPushButton(caption, sequences);
-        button->setAccessibleName(caption);
-        button->setObjectName(caption);
-        sequencesLayout->addWidget(button);
-    }
-    auto *printCopyRow = new QHBoxLayout;
-    for (const auto &[icon, caption] : {std::pair{u"inkjet.ico"_qs, u"Imprimer"_qs}, std::pair{u"file005.ico"_qs, u"Copier"_qs}}) {
-        QToolButton *button = makePictureButton(caption, sequences);
-        button->setText(caption);
-        button->setObjectName(caption);
-        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        button->setProperty("iconFile", icon);
-        printCopyRow->addWidget(button);
-    }
-    sequencesLayout->addLayout(printCopyRow);
-    auto *iconArea = new QLabel(u"Espace ICO"_qs, sequences);
-    iconArea->setObjectName(u"Espace ICO"_qs);
-    iconArea->setAccessibleName(u"Espace ICO"_qs);
-    iconArea->setFrameShape(QFrame::Panel);
-    iconArea->setFrameShadow(QFrame::Sunken);
-    iconArea->setAlignment(Qt::AlignCenter);
-    iconArea->setMinimumSize(64, 64);
-    sequencesLayout->addWidget(iconArea);
-    sequencesLayout->addStretch();
-    top->addWidget(sequences, 1);
+    top->addWidget(m_panel, 1);
 
     // Progress and counts.
     auto *status = new QHBoxLayout;
@@ -209,6 +192,9 @@ void SearchForm::buildLayout()
     paths->setToolTip(u"Bouton gauche pour sélectioner<-->bouton droit pour exécuter le fichier"_qs);
     m_sortedView = makeResultView(m_models[4], u"Classement alphabétique"_qs);
     m_orderFoundViews = {names, archives, extensions, paths};
+    m_pressableViews = {names, paths, m_sortedView};
+    for (QListView *view : std::as_const(m_pressableViews))
+        view->viewport()->installEventFilter(this);
     addColumn(names, u"Classement ordre du support"_qs, 3);
     addColumn(archives, u"Support"_qs, 1);
     addColumn(extensions, u"Ext."_qs, 1);
@@ -218,6 +204,7 @@ void SearchForm::buildLayout()
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top, 3);
     layout->addLayout(status);
+    layout->addWidget(m_panel->rowLabels());
     layout->addLayout(resultsRow, 4);
     resize(1180, 820);
 
@@ -245,6 +232,8 @@ void SearchForm::buildLayout()
     connect(m_stop, &QPushButton::clicked, this, &SearchForm::stopSearch);
     connect(m_extensions, &QListWidget::currentTextChanged, this,
             [this](const QString &entry) { m_extension->setText(ExtensionEntry::extension(entry)); });
+    connect(m_panel, &FoundFilePanel::classRequested, this, &SearchForm::requestViewer);
+    connect(m_panel, &FoundFilePanel::printRequested, this, &SearchForm::printPaths);
 }
 
 void SearchForm::load()
@@ -256,11 +245,8 @@ void SearchForm::load()
         loadButtonIcon(button, m_pictures, m_data, file);
     for (int i = 0; i < m_classButtons.size(); ++i)
         loadButtonIcon(m_classButtons[i], m_pictures, m_data, QString::fromLatin1(kClassButtons[i].icon));
-    for (QToolButton *button : findChildren<QToolButton *>()) {
-        const QString file = button->property("iconFile").toString();
-        if (!file.isEmpty())
-            loadButtonIcon(button, m_pictures, m_data, file);
-    }
+    loadButtonIcon(m_panel->printButton(), m_pictures, m_data, u"inkjet.ico"_qs);
+    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data, u"file005.ico"_qs);
 
     m_extensions->clear();
     m_extensions->addItems(TableFile::read(m_data.file(u"extens.txt"_qs)));
@@ -455,7 +441,8 @@ void SearchForm::setCurrentRow(qsizetype row)
         if (view->currentIndex() != index)
             view->setCurrentIndex(index);
     }
-    m_medium->setText(currentArchive() + u" .lst"_qs);
+    m_panel->choose(currentPath(), currentArchive());
+    m_medium->setText(m_panel->row().archiveLabel());
     emit currentRowChanged(row);
 }
 
@@ -472,4 +459,61 @@ QString SearchForm::currentExtension() const
 QString SearchForm::currentArchive() const
 {
     return foundArchive(m_currentRow);
+}
+
+bool SearchForm::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_byStringCaption && event->type() == QEvent::MouseButtonRelease) {
+        askFileName();
+        return true;
+    }
+    if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
+        return Form::eventFilter(watched, event);
+    for (QListView *view : std::as_const(m_pressableViews)) {
+        if (watched != view->viewport())
+            continue;
+        const auto *press = static_cast<QMouseEvent *>(event);
+        if (press->button() == Qt::LeftButton)
+            return false; // the view makes the row current, which fills the labels (setCurrentRow)
+        if (press->button() == Qt::RightButton && event->type() == QEvent::MouseButtonPress) {
+            QStringList extensionList;
+            for (int i = 0; i < m_extensions->count(); ++i)
+                extensionList.append(m_extensions->item(i)->text());
+            m_panel->actOnCurrentRow(extensionList);
+        }
+        return true; // other buttons do nothing, and no button but the left one chooses
+    }
+    return Form::eventFilter(watched, event);
+}
+
+void SearchForm::requestViewer(FoundFileActions::FileClass fileClass)
+{
+    if (!m_panel->actions().checkClass(fileClass, selectedArchiveCount(), m_kindMarker, foundExtension(0)))
+        return;
+    switch (fileClass) {
+    case FoundFileActions::FileClass::Pictures:
+        emit picturesViewerRequested();
+        break;
+    case FoundFileActions::FileClass::Texts:
+        emit textsViewerRequested();
+        break;
+    case FoundFileActions::FileClass::Icons:
+        emit iconsViewerRequested();
+        break;
+    }
+}
+
+void SearchForm::printPaths()
+{
+    QStringList paths;
+    paths.reserve(m_results.size());
+    for (qsizetype row = 0; row < m_results.size(); ++row)
+        paths.append(foundPath(row));
+    printList(m_printer, m_clock, paths);
+}
+
+void SearchForm::askFileName()
+{
+    if (m_dialogs.input(u"Nom du fichier recherché...sans extension.. ?"_qs).isEmpty())
+        m_dialogs.message(u"Vous devez saisir un nom !"_qs);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "formsupport.h"
+#include "foundfileactions.h"
 #include "searchresults.h"
 #include "searchrules.h"
 
@@ -9,9 +10,12 @@
 #include <memory>
 
 class ArchivePicker;
+class Clock;
 class DataDirectory;
 class Dialogs;
+class FoundFilePanel;
 class PictureLoader;
+class Printer;
 class QLabel;
 class QListView;
 class QListWidget;
@@ -22,14 +26,16 @@ class ResultListModel;
 class SearchRun;
 
 // "Kalvex2 Recherches": searches the archives of the chosen folder (or of every folder) by file
-// name, by string or by extension, and shows the rows found in parallel lists. Acting on found
-// files plugs in through the current row and the rows by index.
+// name, by string or by extension, and shows the rows found in parallel lists. A left press on a
+// row of the file names, the paths or the alphabetical view makes it current; a right press acts
+// on the current row (FoundFileActions), AVI and WAV rows playing in the media window.
 class SearchForm : public Form
 {
     Q_OBJECT
 
 public:
-    SearchForm(const DataDirectory &data, Dialogs &dialogs, PictureLoader &pictures, QWidget *parent = nullptr);
+    SearchForm(const DataDirectory &data, const FoundFileActions::Services &services, Printer &printer,
+               const Clock &clock, QWidget *parent = nullptr);
     ~SearchForm() override;
 
     void searchByName();
@@ -60,13 +66,26 @@ public:
 
     int selectedArchiveCount() const;
 
+    // The current row's labels and the actions on it.
+    FoundFilePanel &foundFiles() const { return *m_panel; }
+    // A class button: its checks, then the request for its viewer.
+    void requestViewer(FoundFileActions::FileClass fileClass);
+    // "Imprimer": the path list with the list printout.
+    void printPaths();
+    // The caption of the search by string: asks for a name, and stops there.
+    void askFileName();
+
 signals:
     void searchFinished();
     void currentRowChanged(qsizetype row);
+    void picturesViewerRequested();
+    void textsViewerRequested();
+    void iconsViewerRequested();
 
 protected:
     void load() override;
     void keyPressEvent(QKeyEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void reject() override;
 
 private:
@@ -76,15 +95,19 @@ private:
     void showProgress(int archivesDone);
     void finishSearch();
     void clearResults();
+    // Named "result" and the model's column number (0 file names, 3 paths, 4 alphabetical).
     QListView *makeResultView(ResultListModel *model, const QString &accessibleName);
 
     const DataDirectory &m_data;
     Dialogs &m_dialogs;
     PictureLoader &m_pictures;
+    Printer &m_printer;
+    const Clock &m_clock;
 
     ArchivePicker *m_archives = nullptr;
     QToolButton *m_byName = nullptr;
     QToolButton *m_byString = nullptr;
+    QLabel *m_byStringCaption = nullptr;
     QToolButton *m_byExtension = nullptr;
     QListWidget *m_extensions = nullptr;
     QLabel *m_extension = nullptr;
@@ -99,6 +122,8 @@ private:
     QLabel *m_kind = nullptr;
     QList<QListView *> m_orderFoundViews; // file names, archives, extensions, paths
     QListView *m_sortedView = nullptr;
+    QList<QListView *> m_pressableViews; // file names, paths, alphabetical
+    FoundFilePanel *m_panel = nullptr;
 
     SearchResults m_results;
     QList<ResultListModel *> m_models;

@@ -23,6 +23,29 @@ private slots:
         QVERIFY(displaySettingsCommand(only({})).program.isEmpty());
     }
 
+    void oldProgramsStartThroughWineOrDosbox()
+    {
+        const auto only = [](QStringList present) {
+            return [present](const QString &name) {
+                return present.contains(name) ? u"/usr/bin/"_qs + name : QString();
+            };
+        };
+        // Names that a shell would misread reach wine as one argument.
+        const QString odd = u"/media/cd/JEUX $(rm)/A B;C.EXE"_qs;
+        CommandLine command = wineCommand(odd, only({u"wine"_qs}));
+        QCOMPARE(command.program, u"/usr/bin/wine"_qs);
+        QCOMPARE(command.arguments, (QStringList{u"start"_qs, u"/unix"_qs, odd}));
+        QVERIFY(wineCommand(odd, only({u"dosbox"_qs})).program.isEmpty());
+
+        command = dosCommand(u"/media/cd/Jeux DOS/TETRIS.COM"_qs, only({u"wine"_qs, u"dosbox"_qs}));
+        QCOMPARE(command.program, u"/usr/bin/dosbox"_qs);
+        QCOMPARE(command.arguments, (QStringList{u"-c"_qs, u"mount c \"/media/cd/Jeux DOS\""_qs, u"-c"_qs, u"c:"_qs,
+                                                 u"-c"_qs, u"TETRIS.COM"_qs}));
+        // No dosbox: wine, else nothing.
+        QCOMPARE(dosCommand(u"/cd/T.COM"_qs, only({u"wine"_qs})).arguments, (QStringList{u"start"_qs, u"/unix"_qs, u"/cd/T.COM"_qs}));
+        QVERIFY(dosCommand(u"/cd/T.COM"_qs, only({})).program.isEmpty());
+    }
+
     void helpFilesStandForPagesOfTheirName()
     {
         QCOMPARE(helpPageName(u"DEMO.HLP"_qs), u"demo.htm"_qs);
@@ -36,6 +59,8 @@ private slots:
         launcher.startProgram(u"/nonexistent-kalvex/prog"_qs, {});
         launcher.openDocument(u"/nonexistent-kalvex/kalvex2.htm"_qs);
         launcher.openHelp({u"DEMO.HLP"_qs, 1000});
+        launcher.startWindowsFile(u"/nonexistent-kalvex/SETUP.EXE"_qs);
+        launcher.startDosProgram(u"/nonexistent-kalvex/TETRIS.COM"_qs);
     }
 };
 

@@ -1,12 +1,19 @@
+#include "archivefile.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
+#include "imageviewerform.h"
 #include "mainform.h"
+#include "searchform.h"
+#include "tablefile.h"
 #include "testsupport.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenuBar>
+#include <QPushButton>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -210,6 +217,32 @@ private slots:
         QCOMPARE(opened(), first); // created once, reused
         QVERIFY(first->isVisible());
         first->close();
+    }
+
+    void picturesButtonOpensTheViewerOnTheFoundFiles()
+    {
+        Started started(false);
+        QTemporaryDir disc;
+        QDir(disc.path()).mkpath(u"img"_qs);
+        TestSupport::writeFile(disc.filePath(u"img/zebre.gif"_qs), "GIF89a");
+        started.fakes.drives.list = {{u"d:"_qs, DriveType::CdRom, disc.path()}};
+        ArchiveFile::write(started.data.folderPath(u"Divers"_qs), u"PCFUN75"_qs, {"d:\\IMG\\ZEBRE.GIF"});
+        TableFile::write(started.data.file(u"extens.txt"_qs), {u"GIF         &1/usr/bin/viewer"_qs});
+        QVERIFY(started.shown());
+        started.window.openSearch();
+        auto *search = started.window.findChild<SearchForm *>();
+        QVERIFY(search);
+        search->findChild<QListWidget *>(u"archives"_qs)->setCurrentRow(0);
+        search->findChild<QListWidget *>(u"extensions"_qs)->setCurrentRow(0);
+        QSignalSpy finished(search, &SearchForm::searchFinished);
+        search->searchByExtension();
+        QVERIFY(finished.wait(5000));
+
+        QTest::mouseClick(search->findChild<QPushButton *>(u"Fichiers Images BMP, GIF, JPG ou WMF"_qs), Qt::LeftButton);
+        auto *viewer = search->findChild<ImageViewerForm *>();
+        QVERIFY(viewer && viewer->isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(viewer));
+        QVERIFY(started.fakes.dialogs.messages().isEmpty());
     }
 
     void closingTheMainWindowEndsTheProgram()

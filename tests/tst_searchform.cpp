@@ -77,7 +77,9 @@ struct Fixture
     QTemporaryDir dir;
     DataDirectory data{dir.path()};
     FakeServices fakes;
-    SearchForm form{data, fakes.dialogs, fakes.pictures};
+    SearchForm form{data,
+                    {fakes.launcher, fakes.drives, fakes.dialogs, fakes.folderPicker, fakes.pictures, fakes.media},
+                    fakes.printer, fakes.clock};
 };
 
 const QString kByName = u"Recherche d'un fichier par son nom, sans extension."_qs;

@@ -147,7 +147,9 @@ void benchWindow(const QString &dataPath)
     const DataDirectory data(dataPath);
     TableFile::write(data.file(QStringLiteral("extens.txt")), {QStringLiteral("GIF         &1D:\\VIEW")});
     FakeServices fakes;
-    SearchForm form(data, fakes.dialogs, fakes.pictures);
+    SearchForm form(data,
+                    {fakes.launcher, fakes.drives, fakes.dialogs, fakes.folderPicker, fakes.pictures, fakes.media},
+                    fakes.printer, fakes.clock);
     form.show();
     if (!QTest::qWaitForWindowExposed(&form))
         std::printf("the window was not shown\n");

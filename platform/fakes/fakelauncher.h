@@ -15,9 +15,13 @@ public:
     }
     void startDisplaySettings() override { ++displaySettings; }
     void openHelp(const HelpTopic &topic) override { helps.append(topic); }
+    void startWindowsFile(const QString &path) override { windowsFiles.append(path); }
+    void startDosProgram(const QString &path) override { dosPrograms.append(path); }
 
     QStringList documents;
     QList<QStringList> programs; // program then its arguments
     int displaySettings = 0;
     QList<HelpTopic> helps;
+    QStringList windowsFiles; // through wine
+    QStringList dosPrograms;  // in dosbox
 };

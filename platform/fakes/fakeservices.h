@@ -4,6 +4,7 @@
 #include "fakedirectorylister.h"
 #include "fakedrives.h"
 #include "fakelauncher.h"
+#include "fakemediaplayer.h"
 #include "fakeprinter.h"
 #include "platformservices.h"
 #include "qtpictureloader.h"
@@ -57,9 +58,10 @@ struct FakeServices
     FakePrinter printer;
     RecordingPictureLoader pictures;
     FakeClock clock;
+    FakeMediaPlayer media;
 
     PlatformServices services()
     {
-        return {dialogs, folderPicker, launcher, drives, directoryLister, printer, pictures, clock};
+        return {dialogs, folderPicker, launcher, drives, directoryLister, printer, pictures, clock, media};
     }
 };

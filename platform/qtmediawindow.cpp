@@ -1,0 +1,109 @@
+#include "qtmediawindow.h"
+
+#include <QAudioOutput>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMediaPlayer>
+#include <QPushButton>
+#include <QSlider>
+#include <QVBoxLayout>
+#include <QVideoWidget>
+
+QtMediaWindow::QtMediaWindow(QWidget *parent)
+    : QWidget(parent, Qt::Window)
+{
+    setWindowTitle(QStringLiteral("Kalvex2 Vidéos et sons"));
+    setObjectName(QStringLiteral("QtMediaWindow"));
+    // Above the search window, which is modal itself.
+    setWindowModality(Qt::ApplicationModal);
+
+    m_player = new QMediaPlayer(this);
+    m_audio = new QAudioOutput(this);
+    m_player->setAudioOutput(m_audio);
+    m_video = new QVideoWidget(this);
+    m_video->setObjectName(QStringLiteral("video"));
+    m_video->setAccessibleName(QStringLiteral("Vidéo"));
+    m_video->setMinimumSize(320, 240);
+    m_player->setVideoOutput(m_video);
+
+    m_playPause = new QPushButton(this);
+    m_playPause->setObjectName(QStringLiteral("playPause"));
+    m_position = new QSlider(Qt::Horizontal, this);
+    m_position->setObjectName(QStringLiteral("position"));
+    m_position->setAccessibleName(QStringLiteral("Position"));
+    m_path = new QLabel(this);
+    m_path->setObjectName(QStringLiteral("path"));
+    m_path->setTextFormat(Qt::PlainText);
+    m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+
+    auto *controls = new QHBoxLayout;
+    controls->addWidget(m_playPause);
+    controls->addWidget(m_position, 1);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_video, 1);
+    layout->addLayout(controls);
+    layout->addWidget(m_path);
+    resize(480, 420);
+
+    connect(m_playPause, &QPushButton::clicked, this, &QtMediaWindow::togglePlaying);
+    connect(m_player, &QMediaPlayer::playbackStateChanged, this, &QtMediaWindow::showState);
+    connect(m_player, &QMediaPlayer::durationChanged, this, &QtMediaWindow::showDuration);
+    connect(m_player, &QMediaPlayer::positionChanged, this, &QtMediaWindow::showPosition);
+    // A move of the slider by the user seeks; the player's own moves are not sought back.
+    connect(m_position, &QSlider::sliderMoved, m_player, [this](int position) { m_player->setPosition(position); });
+    connect(m_position, &QSlider::actionTriggered, this, [this] {
+        if (!m_position->isSliderDown())
+            m_player->setPosition(m_position->sliderPosition());
+    });
+    showState();
+}
+
+QtMediaWindow::~QtMediaWindow()
+{
+    m_player->stop();
+}
+
+void QtMediaWindow::play(const QString &localPath)
+{
+    m_player->stop();
+    m_path->setText(localPath);
+    m_position->setValue(0);
+    m_player->setSource(QUrl::fromLocalFile(localPath));
+    show();
+    raise();
+    activateWindow();
+    m_player->play();
+}
+
+void QtMediaWindow::togglePlaying()
+{
+    if (m_player->playbackState() == QMediaPlayer::PlayingState)
+        m_player->pause();
+    else
+        m_player->play();
+}
+
+void QtMediaWindow::showState()
+{
+    const bool playing = m_player->playbackState() == QMediaPlayer::PlayingState;
+    m_playPause->setText(playing ? QStringLiteral("Pause") : QStringLiteral("Lecture"));
+}
+
+void QtMediaWindow::showDuration(qint64 duration)
+{
+    m_position->setRange(0, int(std::min<qint64>(duration, std::numeric_limits<int>::max())));
+}
+
+void QtMediaWindow::showPosition(qint64 position)
+{
+    if (!m_position->isSliderDown())
+        m_position->setValue(int(std::min<qint64>(position, std::numeric_limits<int>::max())));
+}
+
+void QtMediaWindow::closeEvent(QCloseEvent *event)
+{
+    m_player->stop();
+    m_player->setSource({});
+    event->accept();
+}

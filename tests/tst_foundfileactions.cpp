@@ -1,0 +1,249 @@
+#include "fakemediaplayer.h"
+#include "fakeservices.h"
+#include "foundfileactions.h"
+#include "foundrow.h"
+#include "samplepictures.h"
+#include "testsupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+namespace {
+
+QByteArray mzProgram(const QByteArray &signature)
+{
+    QByteArray image(512, '\0');
+    image[0] = 'M';
+    image[1] = 'Z';
+    if (!signature.isEmpty()) {
+        qToLittleEndian<quint32>(0x80, image.data() + 0x3C);
+        image.replace(0x80, signature.size(), signature);
+    }
+    return image;
+}
+
+// A medium in drive d: (a real directory) and the actions over fakes.
+struct Fixture
+{
+    Fixture()
+    {
+        services.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, disc.path()}};
+        QDir(disc.path()).mkpath(u"Doc"_qs);
+        QDir(disc.path()).mkpath(u"jeux"_qs);
+        TestSupport::writeFile(disc.filePath(u"Doc/ReadMe.txt"_qs), "lisez-moi");
+        TestSupport::writeFile(disc.filePath(u"README"_qs), "sans extension");
+        TestSupport::writeFile(disc.filePath(u"setup.exe"_qs), mzProgram({}));
+        TestSupport::writeFile(disc.filePath(u"jeux/casse.exe"_qs), mzProgram(QByteArray("PE\0\0", 4)));
+        TestSupport::writeFile(disc.filePath(u"jeux/win16.exe"_qs), mzProgram("NE"));
+        TestSupport::writeFile(disc.filePath(u"jeux/tetris.com"_qs), QByteArray("\xE9\x10\x00\xCD\x20", 5));
+        TestSupport::writeFile(disc.filePath(u"install.bat"_qs), "@echo off\r\n");
+        TestSupport::writeFile(disc.filePath(u"aide.hlp"_qs), "?_");
+        TestSupport::writeFile(disc.filePath(u"film.avi"_qs), "RIFF");
+        TestSupport::writeFile(disc.filePath(u"son.wav"_qs), "RIFF");
+        const QImage picture = SamplePictures::bands(16, 16, {Qt::red, Qt::blue});
+        TestSupport::writeFile(disc.filePath(u"logo.ico"_qs), SamplePictures::icon(picture, 24, QImage()));
+    }
+
+    // A left press on a row of archive PCFUN75, then a right press.
+    std::optional<FoundFileActions::Preview> press(const QString &path)
+    {
+        row.choose(path, u"PCFUN75"_qs);
+        return actions.act(row, table);
+    }
+    QString onDisc(const QString &relative) const { return disc.filePath(relative); }
+
+    QTemporaryDir disc;
+    FakeServices services;
+    FakeMediaPlayer media;
+    FoundFileActions actions{{services.launcher, services.drives, services.dialogs, services.folderPicker,
+                              services.pictures, media}};
+    FoundRow row;
+    QStringList table{u"TXT         &4/usr/bin/editor"_qs, u"TXT         &4/usr/bin/second"_qs,
+                      u"GI         &1/usr/bin/never"_qs, u"ZIP         &8"_qs};
+};
+
+} // namespace
+
+class tst_FoundFileActions : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void rowLabelsAndTheKeptExtension()
+    {
+        FoundRow row;
+        row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
+        QCOMPARE(row.path(), u"D:\\DOC\\README.TXT"_qs);
+        QCOMPARE(row.helpPath(), row.path());
+        QCOMPARE(row.quotedPath(), u"\"D:\\DOC\\README.TXT\""_qs);
+        QCOMPARE(row.copySource(), row.path());
+        QCOMPARE(row.archiveLabel(), u"PCFUN75 .lst"_qs);
+        QCOMPARE(row.pathLessExtension(), u"D:\\DOC\\README"_qs);
+        QCOMPARE(row.extension(), u"TXT"_qs);
+        QCOMPARE(row.mediumPrompt(), u"Mettez dans le lecteur \"PCFUN75\" : D:\\DOC\\README.TXT"_qs);
+
+        // No dot: the extension of the row before stays.
+        row.choose(u"D:\\README"_qs, u"PCMAG13"_qs);
+        QCOMPARE(row.extension(), u"TXT"_qs);
+        QCOMPARE(row.pathLessExtension(), u"D:\\RE"_qs);
+        QCOMPARE(row.archiveLabel(), u"PCMAG13 .lst"_qs);
+
+        // Three characters at most after the last dot, fewer when the path ends sooner.
+        row.choose(u"D:\\A\\PHOTO.JPEG"_qs, u"X"_qs);
+        QCOMPARE(row.extension(), u"JPE"_qs);
+        row.choose(u"D:\\A.B"_qs, u"X"_qs);
+        QCOMPARE(row.extension(), u"B"_qs);
+        QCOMPARE(row.pathLessExtension(), u"D:"_qs);
+        row.choose(u"D:"_qs, u"X"_qs);
+        QCOMPARE(row.pathLessExtension(), QString());
+    }
+
+    void rightPressActsByTheExtensionTable()
+    {
+        Fixture f;
+        // Before any left press the row is empty: nothing starts.
+        QVERIFY(!f.actions.act(f.row, f.table));
+        QVERIFY(f.services.launcher.programs.isEmpty());
+
+        f.press(u"D:\\DOC\\README.TXT"_qs);
+        QCOMPARE(f.services.launcher.programs,
+                 (QList<QStringList>{{u"/usr/bin/editor"_qs, f.onDisc(u"Doc/ReadMe.txt"_qs)}}));
+
+        // A dot-less row keeps TXT and the right press opens the new path by it.
+        f.press(u"D:\\README"_qs);
+        QCOMPARE(f.services.launcher.programs.last(), (QStringList{u"/usr/bin/editor"_qs, f.onDisc(u"README"_qs)}));
+
+        // A lower-case extension is upper-cased and written back.
+        f.services.launcher.programs.clear();
+        f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
+        f.row.setExtension(u"txt"_qs);
+        f.actions.act(f.row, f.table);
+        QCOMPARE(f.row.extension(), u"TXT"_qs);
+        QCOMPARE(f.services.launcher.programs.size(), 1);
+    }
+
+    void nothingStartsWithoutAMatchAProgramOrTheFile()
+    {
+        Fixture f;
+        f.press(u"D:\\A.GI"_qs);            // a two-letter entry never matches
+        f.press(u"D:\\ARCHIVE.ZIP"_qs);     // an entry with no program
+        f.press(u"D:\\DOC\\ABSENT.TXT"_qs); // not on the disc
+        f.press(u"E:\\DOC\\README.TXT"_qs); // no such drive
+        QVERIFY(f.services.launcher.programs.isEmpty());
+        QVERIFY(f.services.dialogs.shown.isEmpty());
+    }
+
+    void programsGoToWineOrDosboxByTheirHeader()
+    {
+        Fixture f;
+        f.press(u"D:\\SETUP.EXE"_qs); // stored as d:\SETUP.EXE, on the disc as setup.exe
+        f.press(u"D:\\JEUX\\TETRIS.COM"_qs);
+        QCOMPARE(f.services.launcher.dosPrograms, (QStringList{f.onDisc(u"setup.exe"_qs), f.onDisc(u"jeux/tetris.com"_qs)}));
+        f.press(u"D:\\JEUX\\CASSE.EXE"_qs);
+        f.press(u"D:\\JEUX\\WIN16.EXE"_qs);
+        f.press(u"D:\\INSTALL.BAT"_qs);
+        f.press(u"D:\\AIDE.HLP"_qs);
+        QCOMPARE(f.services.launcher.windowsFiles,
+                 (QStringList{f.onDisc(u"jeux/casse.exe"_qs), f.onDisc(u"jeux/win16.exe"_qs),
+                              f.onDisc(u"install.bat"_qs), f.onDisc(u"aide.hlp"_qs)}));
+        QVERIFY(f.services.launcher.programs.isEmpty());
+
+        // The disc in another drive: d: is empty, nothing starts.
+        f.services.drives.list = {{u"d:"_qs, DriveType::CdRom, QString()}, {u"e:"_qs, DriveType::CdRom, f.disc.path()}};
+        f.press(u"D:\\SETUP.EXE"_qs);
+        QCOMPARE(f.services.launcher.dosPrograms.size(), 2);
+    }
+
+    void iconsArePreviewedAndMediaPlayed()
+    {
+        Fixture f;
+        const auto preview = f.press(u"D:\\LOGO.ICO"_qs);
+        QVERIFY(preview);
+        QCOMPARE(preview->localPath, f.onDisc(u"logo.ico"_qs));
+        QCOMPARE(preview->picture.size(), QSize(16, 16));
+        QVERIFY(!f.press(u"D:\\ABSENT.CUR"_qs));
+
+        f.press(u"D:\\FILM.AVI"_qs);
+        f.press(u"D:\\SON.WAV"_qs);
+        QCOMPARE(f.media.played, (QStringList{f.onDisc(u"film.avi"_qs), f.onDisc(u"son.wav"_qs)}));
+
+        // The media operations check the extension first.
+        f.row.choose(u"D:\\SON.WAV"_qs, u"PCFUN75"_qs);
+        QVERIFY(!f.actions.playMedia(FoundFileActions::Media::Video, f.row));
+        QCOMPARE(f.services.dialogs.messages(),
+                 QStringList{u"Vous devez au préalable rechercher les fichiers AVI dans  le CD de votre choix !"_qs});
+        QCOMPARE(FoundFileActions::mediaRefusal(FoundFileActions::Media::Sound, u"AVI"_qs),
+                 u"Vous devez au préalable rechercher les fichiers WAV dans  le CD de votre choix !"_qs);
+        QCOMPARE(f.media.played.size(), 2);
+    }
+
+    void classButtonsCheckInOrder()
+    {
+        using C = FoundFileActions::FileClass;
+        const QString oneArchive = u"Pour utiliser une transaction automatisée, vous ne devez sélectionner qu'un seul "
+                                   "fichier d'archive et mettre le support correspondant (CD-Rom ou disquette) dans le "
+                                   "lecteur !"_qs;
+        // Two archives selected: every button refuses, even with files of its class found.
+        for (auto [fileClass, extension] : {std::pair{C::Pictures, u"GIF"_qs}, {C::Texts, u"TXT"_qs}, {C::Icons, u"ICO"_qs}}) {
+            QCOMPARE(FoundFileActions::classRefusal(fileClass, 2, u"1"_qs, extension), oneArchive);
+            QCOMPARE(FoundFileActions::classRefusal(fileClass, 1, u"1"_qs, extension), QString());
+        }
+        // After a search by name, the first message even when pictures were found.
+        QCOMPARE(FoundFileActions::classRefusal(C::Pictures, 1, u"0"_qs, u"GIF"_qs),
+                 u"Vous devez au préalable rechercher les fichiers BMP,GIF,JPG ou WMF  dans  le CD-Rom ou la Disquette de votre choix !"_qs);
+        QCOMPARE(FoundFileActions::classRefusal(C::Pictures, 0, u"1"_qs, u"TXT"_qs),
+                 u"Vous devez au préalable rechercher les fichiers BMP,GIF,JPG ou WMF dans  le dans  le CD-Rom ou la Disquette de votre choix !"_qs);
+        QCOMPARE(FoundFileActions::classRefusal(C::Texts, 1, u"0"_qs, u"TXT"_qs),
+                 u"Vous devez au préalable rechercher les fichiers DIZ,DOC ou TXT  dans  le CD-Rom ou la Disquette de votre choix !"_qs);
+        // DOC is named by the first message but refused by the check.
+        QCOMPARE(FoundFileActions::classRefusal(C::Texts, 1, u"1"_qs, u"DOC"_qs),
+                 u"Vous devez au préalable rechercher les fichiers DIZ ou TXT  dans  le CD-Rom ou la Disquette de votre choix !"_qs);
+        QCOMPARE(FoundFileActions::classRefusal(C::Texts, 1, u"1"_qs, u"DIZ"_qs), QString());
+        const QString icons = u"Vous devez au préalable rechercher les fichiers ICO,CUR ou EMF  dans  le dans  le CD-Rom ou la Disquette de votre choix !"_qs;
+        QCOMPARE(FoundFileActions::classRefusal(C::Icons, 1, u"0"_qs, u"ICO"_qs), icons);
+        QCOMPARE(FoundFileActions::classRefusal(C::Icons, 1, u"1"_qs, u"   "_qs), icons);
+        QCOMPARE(FoundFileActions::classRefusal(C::Icons, 1, u"1"_qs, u"EMF"_qs), QString());
+    }
+
+    void copyAsksThenReplacesWhole()
+    {
+        Fixture f;
+        QTemporaryDir target;
+        f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
+
+        QVERIFY(!f.actions.askCopyDirectory()); // cancelled
+        QCOMPARE(f.services.dialogs.messages(), QStringList{u"<Annuler> a été activé"_qs});
+
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), QString()); // No
+        QCOMPARE(f.services.dialogs.shown.last().text,
+                 u"Etes-vous sûr de vouloir copier  D:\\DOC\\README.TXT dans le répertoire "_qs + target.path() + u" ?"_qs);
+        QCOMPARE(f.services.dialogs.shown.last().title, u"Copie d'un fichier"_qs);
+        QCOMPARE(f.services.dialogs.shown.last().help.context, 1000);
+        QVERIFY(QDir(target.path()).isEmpty());
+
+        // Yes: the name after the last backslash, replacing a file there.
+        const QString copy = target.filePath(u"README.TXT"_qs);
+        TestSupport::writeFile(copy, "an older, longer content");
+        f.services.dialogs.answers = {Answer::Yes};
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), copy);
+        QCOMPARE(TestSupport::readFile(copy), QByteArray("lisez-moi"));
+
+        // A read-only target is refused and keeps its content.
+        TestSupport::writeFile(copy, "protected");
+        QFile::setPermissions(copy, QFile::ReadOwner | QFile::ReadUser);
+        f.services.dialogs.answers = {Answer::Yes};
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), copy);
+        QCOMPARE(TestSupport::readFile(copy), QByteArray("protected"));
+
+        // Onto itself: the content stays whole.
+        f.services.dialogs.answers = {Answer::Yes};
+        QCOMPARE(f.actions.copyInto(f.row, f.onDisc(u"Doc"_qs)), f.onDisc(u"Doc/README.TXT"_qs));
+        QCOMPARE(TestSupport::readFile(f.onDisc(u"Doc/ReadMe.txt"_qs)), QByteArray("lisez-moi"));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_FoundFileActions)
+#include "tst_foundfileactions.moc"
