@@ -182,8 +182,10 @@ void MainForm::openSearch()
 void MainForm::openThemeSearch()
 {
     if (!m_themeSearch)
-        m_themeSearch = new ThemeSearchForm(m_data, m_services.dialogs, m_services.pictures, m_services.printer,
-                                            m_services.clock, this);
+        m_themeSearch = new ThemeSearchForm(m_data,
+                                            {m_services.launcher, m_services.drives, m_services.dialogs,
+                                             m_services.folderPicker, m_services.pictures, m_services.media},
+                                            m_services.printer, m_services.clock, this);
     showModal(m_themeSearch);
 }
 

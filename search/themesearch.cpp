@@ -25,15 +25,3 @@ SearchRequest request(const QString &theme, QList<ArchiveToScan> archives, int t
 }
 
 } // namespace ThemeSearch
-
-namespace ThemeSearch {
-
-QString pressedExtension(const QString &path)
-{
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    if (dot < 0)
-        return {};
-    return path.mid(dot + 1, 3);
-}
-
-} // namespace ThemeSearch

@@ -20,12 +20,3 @@ QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList
 SearchRequest request(const QString &theme, QList<ArchiveToScan> archives, int threads);
 
 } // namespace ThemeSearch
-
-namespace ThemeSearch {
-
-// What a left press on a found row writes into the current-extension label: the (at most) three
-// characters after the path's last dot; a null string when the path holds no dot, and the label
-// then keeps what it held.
-QString pressedExtension(const QString &path);
-
-} // namespace ThemeSearch

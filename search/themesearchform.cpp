@@ -4,6 +4,8 @@
 #include "datadirectory.h"
 #include "dialogs.h"
 #include "extensionentry.h"
+#include "foundfilepanel.h"
+#include "foundrowlabels.h"
 #include "listprintout.h"
 #include "resultlistmodel.h"
 #include "searchengine.h"
@@ -26,15 +28,17 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-ThemeSearchForm::ThemeSearchForm(const DataDirectory &data, Dialogs &dialogs, PictureLoader &pictures, Printer &printer,
+ThemeSearchForm::ThemeSearchForm(const DataDirectory &data, const FoundFileActions::Services &services, Printer &printer,
                                  const Clock &clock, QWidget *parent)
     : Form(parent)
     , m_data(data)
-    , m_dialogs(dialogs)
-    , m_pictures(pictures)
+    , m_dialogs(services.dialogs)
+    , m_pictures(services.pictures)
     , m_printer(printer)
     , m_clock(clock)
 {
+    m_panel = new FoundFilePanel(services, this);
+    m_panel->hideClassButtons(); // this window has none
     setWindowTitle(u"Kalvex : Recherche à partir d'un thème sélectionné."_qs);
     setObjectName(u"ThemeSearchForm"_qs);
     m_results.setKind(SearchKind::Theme);
@@ -68,13 +72,6 @@ void ThemeSearchForm::buildLayout()
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         return label;
     };
-    const auto textButton = [this](const QString &caption, const QString &objectName) {
-        QToolButton *button = makePictureButton(caption, this);
-        button->setText(caption);
-        button->setObjectName(objectName);
-        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        return button;
-    };
 
     auto *top = new QHBoxLayout;
     m_archives = new ArchivePicker(m_data, u"Rechercher dans tous les dossiers"_qs,
@@ -105,13 +102,7 @@ void ThemeSearchForm::buildLayout()
     choice->addLayout(searchRow);
     top->addLayout(choice, 1);
 
-    auto *commands = new QVBoxLayout;
-    m_print = textButton(u"Imprimer"_qs, u"print"_qs);
-    m_copy = textButton(u"Copier"_qs, u"copy"_qs);
-    commands->addWidget(m_print);
-    commands->addWidget(m_copy);
-    commands->addStretch();
-    top->addLayout(commands);
+    top->addWidget(m_panel); // "Imprimer", "Copier" and the icon preview
 
     // The result lists: names in the order found, archives, extensions, paths, alphabetical view.
     auto *resultsCaption = new QLabel(u"Liste des fichiers correspondant au thème sélectionné."_qs, this);
@@ -162,6 +153,7 @@ void ThemeSearchForm::buildLayout()
     layout->addWidget(resultsCaption);
     layout->addLayout(resultsRow, 4);
     layout->addLayout(rowLabels);
+    layout->addWidget(m_panel->rowLabels());
     layout->addLayout(status);
     resize(1180, 780);
 
@@ -193,7 +185,7 @@ void ThemeSearchForm::buildLayout()
     connect(m_extensions, &QListWidget::itemClicked, this,
             [chooseExtension](const QListWidgetItem *item) { chooseExtension(item->text()); });
     connect(m_search, &QToolButton::clicked, this, &ThemeSearchForm::search);
-    connect(m_print, &QToolButton::clicked, this, &ThemeSearchForm::print);
+    connect(m_panel, &FoundFilePanel::printRequested, this, &ThemeSearchForm::print);
 }
 
 void ThemeSearchForm::load()
@@ -205,8 +197,8 @@ void ThemeSearchForm::load()
     }
     m_data.makeCurrent();
     loadButtonIcon(m_search, m_pictures, m_data, u"card002.ico"_qs);
-    loadButtonIcon(m_print, m_pictures, m_data, u"inkjet.ico"_qs);
-    loadButtonIcon(m_copy, m_pictures, m_data, u"file005.ico"_qs);
+    loadButtonIcon(m_panel->printButton(), m_pictures, m_data, u"inkjet.ico"_qs);
+    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data, u"file005.ico"_qs);
     m_archives->load();
     m_themes->clear();
     m_themes->addItems(TableFile::read(m_data.file(ThemeList::readName())));
@@ -320,23 +312,30 @@ void ThemeSearchForm::setCurrentRow(qsizetype row)
         if (view->currentIndex() != index)
             view->setCurrentIndex(index);
     }
-    m_medium->setText(foundArchive(row) + u" .lst"_qs);
+    m_panel->choose(foundPath(row), foundArchive(row));
+    m_medium->setText(m_panel->row().archiveLabel());
     m_extension->setText(foundExtension(row));
 }
 
 void ThemeSearchForm::pressRow(qsizetype row, Qt::MouseButton button)
 {
+    // The chosen-theme label is the current row's extension: the row takes it before each use and
+    // gives it back after.
+    m_panel->setCurrentExtension(m_chosenTheme->text());
     if (button == Qt::LeftButton) {
+        if (row < 0 || row >= m_results.size())
+            return;
+        m_currentRow = -1; // a press on the current row chooses it again
         setCurrentRow(row);
-        if (row >= 0 && row < m_results.size()) {
-            const QString extension = ThemeSearch::pressedExtension(foundPath(row));
-            if (!extension.isNull())
-                m_chosenTheme->setText(extension);
-        }
     } else if (button == Qt::RightButton) {
-        m_chosenTheme->setText(m_chosenTheme->text().toUpper());
-        emit actRequested();
+        QStringList extensionList;
+        for (int i = 0; i < m_extensions->count(); ++i)
+            extensionList.append(m_extensions->item(i)->text());
+        m_panel->actOnCurrentRow(extensionList);
+    } else {
+        return;
     }
+    m_chosenTheme->setText(m_panel->row().extension());
 }
 
 bool ThemeSearchForm::event(QEvent *event)

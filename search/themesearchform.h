@@ -1,6 +1,7 @@
 #pragma once
 
 #include "formsupport.h"
+#include "foundfileactions.h"
 #include "searchresults.h"
 
 #include <QPoint>
@@ -12,6 +13,7 @@ class ArchivePicker;
 class Clock;
 class DataDirectory;
 class Dialogs;
+class FoundFilePanel;
 class PictureLoader;
 class Printer;
 class QLabel;
@@ -34,7 +36,7 @@ class ThemeSearchForm : public Form
     Q_OBJECT
 
 public:
-    ThemeSearchForm(const DataDirectory &data, Dialogs &dialogs, PictureLoader &pictures, Printer &printer,
+    ThemeSearchForm(const DataDirectory &data, const FoundFileActions::Services &services, Printer &printer,
                     const Clock &clock, QWidget *parent = nullptr);
     ~ThemeSearchForm() override;
 
@@ -51,16 +53,16 @@ public:
     QString foundArchive(qsizetype row) const;
 
     // The current row (-1 before any) and the press on a found row: the left button makes the row
-    // current and writes its extension into the chosen-theme label; the right one acts on the
-    // current row.
+    // current and writes its extension into the chosen-theme label (a path without a dot leaves
+    // it); the right one acts on the current row by the label's text, as the search window does.
     qsizetype currentRow() const { return m_currentRow; }
     void setCurrentRow(qsizetype row);
     void pressRow(qsizetype row, Qt::MouseButton button);
+    // The current row's labels and the actions on it.
+    FoundFilePanel &foundFiles() const { return *m_panel; }
 
 signals:
     void searchFinished();
-    // A right press on a found row: the current row is to be acted on.
-    void actRequested();
 
 protected:
     void load() override;
@@ -87,8 +89,7 @@ private:
     QListWidget *m_extensions = nullptr;
     QLabel *m_chosenTheme = nullptr;
     QToolButton *m_search = nullptr;
-    QToolButton *m_print = nullptr;
-    QToolButton *m_copy = nullptr;
+    FoundFilePanel *m_panel = nullptr;
     QLabel *m_loading = nullptr;
     QProgressBar *m_progress = nullptr;
     QLabel *m_foundCount = nullptr;

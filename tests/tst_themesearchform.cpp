@@ -7,6 +7,7 @@
 
 #include <QAbstractItemModel>
 #include <QCheckBox>
+#include <QDir>
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
@@ -82,7 +83,9 @@ struct Fixture
     QTemporaryDir dir;
     DataDirectory data{dir.path()};
     FakeServices fakes;
-    ThemeSearchForm form{data, fakes.dialogs, fakes.pictures, fakes.printer, fakes.clock};
+    ThemeSearchForm form{data,
+                         {fakes.launcher, fakes.drives, fakes.dialogs, fakes.folderPicker, fakes.pictures, fakes.media},
+                         fakes.printer, fakes.clock};
 };
 
 const QString kBlanks(60, u' ');
@@ -107,8 +110,8 @@ private slots:
         QCOMPARE(f.text(u"archiveCount"_qs), u"Nbre de CD ou disquettes répertoriés :  2"_qs);
         QCOMPARE(f.text(u"chosenTheme"_qs), QString());
         QVERIFY(f.fakes.pictures.icons.contains(f.data.file(u"card002.ico"_qs)));
-        QCOMPARE(f.named<QToolButton>(u"print"_qs)->text(), u"Imprimer"_qs);
-        QCOMPARE(f.named<QToolButton>(u"copy"_qs)->text(), u"Copier"_qs);
+        QCOMPARE(f.named<QToolButton>(u"Imprimer"_qs)->text(), u"Imprimer"_qs);
+        QCOMPARE(f.named<QToolButton>(u"Copier"_qs)->text(), u"Copier"_qs);
         QVERIFY(f.named<QLabel>(u"loading"_qs)->isHidden());
 
         // The switch's caption tells its state once toggled.
@@ -178,7 +181,11 @@ private slots:
 
         f.chooseTheme(u"jeux"_qs);
         QVERIFY(f.search());
-        QSignalSpy acts(&f.form, &ThemeSearchForm::actRequested);
+        // The first disc is in drive d:.
+        QTemporaryDir disc;
+        QVERIFY(QDir(disc.path()).mkpath(u"DOC"_qs));
+        QVERIFY(TestSupport::writeFile(disc.filePath(u"DOC/Jeux.txt"_qs), "jeux\r\n"));
+        f.fakes.drives.list = {{u"d:"_qs, DriveType::CdRom, disc.path()}};
         // A left press on CASSE.EXE writes its extension.
         f.press(u"foundNames"_qs, 1, Qt::LeftButton);
         QCOMPARE(f.form.currentRow(), 1);
@@ -190,15 +197,23 @@ private slots:
         QCOMPARE(f.form.currentRow(), 3);
         QCOMPARE(f.text(u"chosenTheme"_qs), u"JPG"_qs);
         QCOMPARE(f.text(u"medium"_qs), u"VACANCES.lst .lst"_qs);
-        // A right press acts on the current row without moving it, the label upper-cased.
+        // A right press acts on the current row by the label's text, upper-cased, without moving it:
+        // on JEUX.TXT, by the theme chosen since (no program), then by its own extension.
+        f.press(u"foundNames"_qs, 2, Qt::LeftButton);
+        QCOMPARE(f.text(u"chosenTheme"_qs), u"TXT"_qs);
         f.chooseTheme(u"lis"_qs);
         f.press(u"foundPaths"_qs, 0, Qt::RightButton);
-        QCOMPARE(acts.count(), 1);
-        QCOMPARE(f.form.currentRow(), 3);
+        QCOMPARE(f.form.currentRow(), 2);
         QCOMPARE(f.text(u"chosenTheme"_qs), u"LIS"_qs);
+        QVERIFY(f.fakes.launcher.programs.isEmpty());
+        f.press(u"foundPaths"_qs, 2, Qt::LeftButton);
+        f.press(u"sortedNames"_qs, 0, Qt::RightButton);
+        QCOMPARE(f.fakes.launcher.programs,
+                 (QList<QStringList>{{u"C:\\WINDOWS\\NOTEPAD"_qs, disc.filePath(u"DOC/Jeux.txt"_qs)}}));
+        QCOMPARE(f.text(u"mediumPrompt"_qs), u"Mettez dans le lecteur \"PCFUN75.lst\" : D:\\DOC\\JEUX.TXT"_qs);
         // The archive and extension columns take no press.
         f.press(u"foundArchives"_qs, 2, Qt::RightButton);
-        QCOMPARE(acts.count(), 1);
+        QCOMPARE(f.fakes.launcher.programs.size(), 1);
 
         // After a press the next search looks for the row's extension.
         f.press(u"foundPaths"_qs, 2, Qt::LeftButton);
@@ -234,7 +249,7 @@ private slots:
 
         f.chooseTheme(u"lis"_qs);
         QVERIFY(f.search());
-        QTest::mouseClick(f.named<QToolButton>(u"print"_qs), Qt::LeftButton);
+        QTest::mouseClick(f.named<QToolButton>(u"Imprimer"_qs), Qt::LeftButton);
         QCOMPARE(f.fakes.printer.printedLines(),
                  (QStringList{u"03-21-2001"_qs, QString(), u"D:\\LISEZMOI"_qs, u"D:\\NOTES\\LISTE.TXT"_qs}));
     }
