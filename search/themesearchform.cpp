@@ -306,6 +306,13 @@ void ThemeSearchForm::setCurrentRow(qsizetype row)
 {
     if (row < 0 || row >= m_results.size() || row == m_currentRow)
         return;
+    chooseRow(row);
+    // Only a press writes the row's extension into the chosen theme, which is the row's extension.
+    m_panel->setCurrentExtension(m_chosenTheme->text());
+}
+
+void ThemeSearchForm::chooseRow(qsizetype row)
+{
     m_currentRow = row;
     for (QListView *view : std::as_const(m_orderFoundViews)) {
         const QModelIndex index = view->model()->index(int(row), 0);
@@ -325,8 +332,7 @@ void ThemeSearchForm::pressRow(qsizetype row, Qt::MouseButton button)
     if (button == Qt::LeftButton) {
         if (row < 0 || row >= m_results.size())
             return;
-        m_currentRow = -1; // a press on the current row chooses it again
-        setCurrentRow(row);
+        chooseRow(row);
     } else if (button == Qt::RightButton) {
         QStringList extensionList;
         for (int i = 0; i < m_extensions->count(); ++i)

@@ -75,6 +75,8 @@ private:
     void buildLayout();
     QListView *makeResultView(ResultListModel *model, const QString &objectName, const QString &accessibleName);
     void clearResults();
+    // Makes `row` current in every list and fills the row labels.
+    void chooseRow(qsizetype row);
     void takeRows();
     void finishSearch();
 

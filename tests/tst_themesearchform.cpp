@@ -140,6 +140,7 @@ private slots:
         // The theme as searched; the first row is the chosen one; the last folder stays current.
         QCOMPARE(f.text(u"chosenTheme"_qs), u"JEUX"_qs);
         QCOMPARE(f.form.currentRow(), 0);
+        QCOMPARE(f.text(u"currentExtension"_qs), u"JEUX"_qs); // one field with the chosen theme
         QCOMPARE(f.text(u"medium"_qs), u"PCFUN75.lst .lst"_qs);
         QCOMPARE(f.named<QListWidget>(u"folders"_qs)->currentItem()->text(), f.data.archiveFolders().last());
         QVERIFY(f.named<QLabel>(u"loading"_qs)->isHidden());
