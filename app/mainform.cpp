@@ -11,6 +11,7 @@
 #include "themesform.h"
 #include "searchfoundfiles.h"
 #include "searchform.h"
+#include "themesearchform.h"
 #include "viewerwindows.h"
 
 #include <QCloseEvent>
@@ -175,6 +176,12 @@ void MainForm::openSearch()
 
 void MainForm::openThemeSearch()
 {
+    if (!m_themeSearch)
+        m_themeSearch = new ThemeSearchForm(m_data,
+                                            {m_services.launcher, m_services.drives, m_services.dialogs,
+                                             m_services.folderPicker, m_services.pictures, m_services.media},
+                                            m_services.printer, m_services.clock, this);
+    showModal(m_themeSearch);
 }
 
 void MainForm::openFolders()

@@ -16,6 +16,7 @@ class QLabel;
 class QToolButton;
 class ThemesForm;
 class SearchForm;
+class ThemeSearchForm;
 class SearchFoundFiles;
 class ViewerWindows;
 
@@ -69,6 +70,7 @@ private:
     QPointer<ArchiveListForm> m_archiveList;
     QPointer<FoldersForm> m_folders;
     QPointer<SearchForm> m_search;
+    QPointer<ThemeSearchForm> m_themeSearch;
     // The viewers read the search window's rows; both live as long as this window.
     std::unique_ptr<SearchFoundFiles> m_foundFiles;
     std::unique_ptr<ViewerWindows> m_viewers;

@@ -24,6 +24,7 @@ FoundFilePanel::FoundFilePanel(const FoundFileActions::Services &services, QWidg
         button->setObjectName(caption);
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, [this, fileClass] { emit classRequested(fileClass); });
+        m_classButtons.append(button);
         layout->addWidget(button);
     }
     auto *printCopyRow = new QHBoxLayout;
@@ -53,6 +54,19 @@ void FoundFilePanel::choose(const QString &path, const QString &archive)
 {
     m_row.choose(path, archive);
     m_labels->show(m_row);
+}
+
+void FoundFilePanel::setCurrentExtension(const QString &extension)
+{
+    m_row.setExtension(extension);
+    m_labels->show(m_row);
+}
+
+void FoundFilePanel::hideClassButtons()
+{
+    setTitle({});
+    for (QPushButton *button : std::as_const(m_classButtons))
+        button->hide();
 }
 
 void FoundFilePanel::actOnCurrentRow(const QStringList &extensionList)

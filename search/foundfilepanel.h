@@ -29,6 +29,10 @@ public:
 
     // A left press on a row.
     void choose(const QString &path, const QString &archive);
+    // Replaces the current row's extension (the theme search window shares it with its chosen theme).
+    void setCurrentExtension(const QString &extension);
+    // Without the class buttons and the group's title: "Imprimer", "Copier" and "Espace ICO" only.
+    void hideClassButtons();
     // A right press: acts on the current row (see FoundFileActions::act).
     void actOnCurrentRow(const QStringList &extensionList);
     // "Copier": the folder, the question, the copy.
@@ -48,6 +52,7 @@ private:
     FoundRowLabels *m_labels = nullptr;
     QToolButton *m_print = nullptr;
     QToolButton *m_copy = nullptr;
+    QList<QPushButton *> m_classButtons;
     QLabel *m_iconArea = nullptr;
     QString m_previewPath;
 };

@@ -165,6 +165,7 @@ SearchResults SearchRun::runAndWait(const SearchRequest &request)
     for (const ArchiveToScan &archive : request.archives)
         names.append(archive.name);
     results.setArchiveNames(names);
+    results.setKind(request.kind);
     for (auto &chunk : run.takeChunks())
         results.append(std::move(chunk));
     results.setSortedOrder(run.takeSortedOrder());

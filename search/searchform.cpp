@@ -1,7 +1,6 @@
 #include "searchform.h"
 
-#include "archivefile.h"
-#include "archivelists.h"
+#include "archivepicker.h"
 #include "datadirectory.h"
 #include "dialogs.h"
 #include "extensionentry.h"
@@ -52,8 +51,6 @@ const ClassButton kClassButtons[] = {
 const QString kByNameHint = u"Recherche d'un fichier par son nom, sans extension."_qs;
 const QString kByStringHint = u"Recherche d'un fichier à partir d'une chaîne d'au moins 3 caractères."_qs;
 const QString kByExtensionHint = u"Liste des fichiers ayant la même extension."_qs;
-const QString kSelectAllOn = u"La Sélection de tous les fichiers d'archives est activèe"_qs;
-const QString kSelectAllOff = u"La Sélection de tous les fichiers d'archives est desactivèe"_qs;
 
 QLabel *makeCaption(const QString &text, QWidget *parent)
 {
@@ -103,34 +100,9 @@ void SearchForm::buildLayout()
     auto *top = new QHBoxLayout;
 
     // Folders and archives.
-    auto *archivesColumn = new QVBoxLayout;
-    archivesColumn->addWidget(makeCaption(u"Dossiers d'archivage"_qs, this));
-    m_folders = new QListWidget(this);
-    m_folders->setAccessibleName(u"Dossiers d'archivage"_qs);
-    m_folders->setMaximumHeight(110);
-    archivesColumn->addWidget(m_folders);
-    m_folderPath = makeTextLabel(u"Dossier courant"_qs, this);
-    archivesColumn->addWidget(m_folderPath);
-    m_archives = new QListWidget(this);
-    m_archives->setAccessibleName(u"Fichiers d'archives"_qs);
-    m_archives->setObjectName(u"archives"_qs);
-    m_archives->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    archivesColumn->addWidget(m_archives);
-    m_archiveCount = makeTextLabel(u"Nombre d'archives"_qs, this);
-    archivesColumn->addWidget(m_archiveCount);
-    m_selectAll = new QCheckBox(kSelectAllOff, this);
-    m_selectAll->setAccessibleName(u"Sélection de tous les fichiers d'archives"_qs);
-    archivesColumn->addWidget(m_selectAll);
-    m_allFolders = new QCheckBox(u"Rechercher dan tous les dossiers"_qs, this);
-    m_allFolders->setAccessibleName(m_allFolders->text());
-    archivesColumn->addWidget(m_allFolders);
-    // Wide enough for either caption of the selection switch, so toggling it moves nothing.
-    auto *archivesPanel = new QWidget(this);
-    archivesColumn->setContentsMargins(0, 0, 0, 0);
-    archivesPanel->setLayout(archivesColumn);
-    const QFontMetrics metrics(m_selectAll->font());
-    archivesPanel->setFixedWidth(std::max(metrics.horizontalAdvance(kSelectAllOn), metrics.horizontalAdvance(kSelectAllOff)) + 40);
-    top->addWidget(archivesPanel);
+    m_archives = new ArchivePicker(m_data, u"Rechercher dan tous les dossiers"_qs,
+                                   u"La Sélection de tous les fichiers d'archives est desactivèe"_qs, this);
+    top->addWidget(m_archives);
 
     // Search commands, the extension table and the class filters.
     auto *searchColumn = new QVBoxLayout;
@@ -254,9 +226,6 @@ void SearchForm::buildLayout()
                     setCurrentRow(m_results.sortedIndex(current.row()));
             });
 
-    connect(m_folders, &QListWidget::currentRowChanged, this, &SearchForm::setCurrentFolder);
-    connect(m_selectAll, &QCheckBox::toggled, this, &SearchForm::setAllSelected);
-    connect(m_allFolders, &QCheckBox::toggled, this, &SearchForm::setAllFolders);
     connect(m_byName, &QToolButton::clicked, this, &SearchForm::searchByName);
     connect(m_byString, &QToolButton::clicked, this, &SearchForm::searchByString);
     connect(m_byExtension, &QToolButton::clicked, this, &SearchForm::searchByExtension);
@@ -282,38 +251,12 @@ void SearchForm::load()
     m_extensions->clear();
     m_extensions->addItems(TableFile::read(m_data.file(u"extens.txt"_qs)));
 
-    showArchiveFolders(*m_folders, m_data);
-    setCurrentFolder(0);
-}
-
-void SearchForm::setCurrentFolder(int index)
-{
-    const QString folder = index >= 0 && index < m_folders->count() ? m_folders->item(index)->text() : QString();
-    m_folderPath->setText(folder.isEmpty() ? QString() : m_data.folderPath(folder));
-    showArchives(*m_archives, folder.isEmpty() ? QString() : m_data.folderPath(folder));
-    m_archiveCount->setText(u"Nbre de CD ou disquettes répertoriés : "_qs + formatSigned(m_archives->count()));
-    if (m_selectAll->isChecked())
-        m_archives->selectAll();
-}
-
-void SearchForm::setAllSelected(bool selected)
-{
-    m_selectAll->setText(selected ? kSelectAllOn : kSelectAllOff);
-    if (selected)
-        m_archives->selectAll();
-    else
-        m_archives->clearSelection();
-}
-
-void SearchForm::setAllFolders(bool on)
-{
-    if (on)
-        m_selectAll->setChecked(true);
+    m_archives->load();
 }
 
 int SearchForm::selectedArchiveCount() const
 {
-    return int(m_archives->selectedItems().size());
+    return m_archives->selectedArchiveCount();
 }
 
 void SearchForm::searchByName()
@@ -388,25 +331,7 @@ void SearchForm::startSearch(SearchKind kind, const QString &typed)
     request.term = m_searchedTerm;
     request.rowLimit = kind == SearchKind::Extension ? kExtensionRowLimit : 0;
     request.threads = std::clamp(QThread::idealThreadCount(), 1, 4);
-    m_searchFolders.clear();
-    m_folderFirstArchive.clear();
-    m_shownFolder = -1;
-    if (m_allFolders->isChecked()) {
-        for (int i = 0; i < m_folders->count(); ++i) {
-            const QString folderPath = m_data.folderPath(m_folders->item(i)->text());
-            m_searchFolders.append(m_folders->item(i)->text());
-            m_folderFirstArchive.append(int(request.archives.size()));
-            request.archives.append(archivesToScan(folderPath, ArchiveFile::list(folderPath)));
-        }
-    } else {
-        QStringList files;
-        QList<bool> selected;
-        for (int i = 0; i < m_archives->count(); ++i) {
-            files.append(m_archives->item(i)->text());
-            selected.append(m_archives->item(i)->isSelected());
-        }
-        request.archives = archivesToScan(m_folderPath->text(), files, selected);
-    }
+    request.archives = m_archives->archivesToSearch(&archivesToScan);
     QStringList names;
     for (const ArchiveToScan &archive : std::as_const(request.archives))
         names.append(archive.name);
@@ -415,8 +340,6 @@ void SearchForm::startSearch(SearchKind kind, const QString &typed)
     m_loading->setVisible(true);
     m_progress->setVisible(true);
     m_stop->setVisible(true);
-    m_progress->setRange(0, int(request.archives.size()));
-    m_progress->setValue(0);
 
     m_run = std::make_unique<SearchRun>(std::move(request));
     SearchRun *run = m_run.get();
@@ -443,22 +366,7 @@ void SearchForm::takeRows()
 
 void SearchForm::showProgress(int archivesDone)
 {
-    if (m_searchFolders.isEmpty()) {
-        m_progress->setValue(archivesDone);
-        return;
-    }
-    // A search of every folder shows each folder in turn, with the archives it holds.
-    int folder = 0;
-    while (folder + 1 < m_folderFirstArchive.size() && m_folderFirstArchive[folder + 1] <= archivesDone)
-        ++folder;
-    if (folder != m_shownFolder) {
-        m_shownFolder = folder;
-        const int last = folder + 1 < m_folderFirstArchive.size() ? m_folderFirstArchive[folder + 1]
-                                                                  : int(m_run->request().archives.size());
-        m_folders->setCurrentRow(folder);
-        m_progress->setRange(0, last - m_folderFirstArchive[folder]);
-    }
-    m_progress->setValue(archivesDone - m_folderFirstArchive[folder]);
+    m_archives->showProgress(archivesDone, m_progress);
 }
 
 void SearchForm::finishSearch()

@@ -9,13 +9,13 @@
 
 #include <memory>
 
+class ArchivePicker;
 class Clock;
 class DataDirectory;
 class Dialogs;
 class FoundFilePanel;
 class PictureLoader;
 class Printer;
-class QCheckBox;
 class QLabel;
 class QListView;
 class QListWidget;
@@ -90,9 +90,6 @@ protected:
 
 private:
     void buildLayout();
-    void setCurrentFolder(int index);
-    void setAllSelected(bool selected);
-    void setAllFolders(bool on);
     void startSearch(SearchKind kind, const QString &typed);
     void takeRows();
     void showProgress(int archivesDone);
@@ -107,12 +104,7 @@ private:
     Printer &m_printer;
     const Clock &m_clock;
 
-    QListWidget *m_folders = nullptr;
-    QLabel *m_folderPath = nullptr;
-    QListWidget *m_archives = nullptr;
-    QLabel *m_archiveCount = nullptr;
-    QCheckBox *m_selectAll = nullptr;
-    QCheckBox *m_allFolders = nullptr;
+    ArchivePicker *m_archives = nullptr;
     QToolButton *m_byName = nullptr;
     QToolButton *m_byString = nullptr;
     QLabel *m_byStringCaption = nullptr;
@@ -137,9 +129,6 @@ private:
     QList<ResultListModel *> m_models;
     std::unique_ptr<SearchRun> m_run;
     quint64 m_runSerial = 0;
-    QStringList m_searchFolders;      // all-folders search: the folder of each stretch of archives
-    QList<int> m_folderFirstArchive;  // ... and the index of its first archive
-    int m_shownFolder = -1;
     QString m_kindMarker;
     QByteArray m_searchedTerm;
     qsizetype m_currentRow = -1;

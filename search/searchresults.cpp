@@ -91,7 +91,8 @@ QByteArray SearchResults::fileName(qsizetype row) const
 QByteArray SearchResults::extension(qsizetype row) const
 {
     const Located at = locate(row);
-    return Windows1252::toUpper(extensionColumnOf(at.chunk->path(*at.row)));
+    const QByteArrayView path = at.chunk->path(*at.row);
+    return Windows1252::toUpper(m_kind == SearchKind::Theme ? themeExtensionColumnOf(path) : extensionColumnOf(path));
 }
 
 QString SearchResults::archiveName(qsizetype row) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "searchrules.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
@@ -59,6 +61,8 @@ class SearchResults
 public:
     void clear();
     void setArchiveNames(const QStringList &names) { m_archiveNames = names; }
+    // The kind of the search, which decides the extension column's rule.
+    void setKind(SearchKind kind) { m_kind = kind; }
     // Appends a chunk's rows after the rows already held.
     void append(std::shared_ptr<const ResultChunk> chunk);
 
@@ -98,4 +102,5 @@ private:
     std::vector<qsizetype> m_chunkStarts; // first row of each chunk
     std::vector<quint32> m_sorted;
     qsizetype m_size = 0;
+    SearchKind m_kind = SearchKind::Name;
 };

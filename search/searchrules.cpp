@@ -126,6 +126,15 @@ int rowsForPath(SearchKind kind, QByteArrayView path, const PathParts &parts, QB
     }
     case SearchKind::Extension:
         return std::min<qsizetype>(3, path.size()) == n && equalAt(path.data() + path.size() - n, term) ? 1 : 0;
+    case SearchKind::Theme: {
+        // Only lines around a hit of the scanner get here: a plain window is fast enough.
+        const char *p = path.data();
+        for (qsizetype start = 0; start < path.size() - n; ++start) {
+            if (equalAt(p + start, term))
+                return 1; // the first match only
+        }
+        return 0;
+    }
     }
     return 0;
 }
@@ -134,6 +143,13 @@ QByteArrayView extensionColumnOf(QByteArrayView path)
 {
     if (!splitPath(path).hasExtension)
         return "   ";
+    return path.last(std::min<qsizetype>(3, path.size()));
+}
+
+QByteArrayView themeExtensionColumnOf(QByteArrayView path)
+{
+    if (!path.contains('.'))
+        return "    ";
     return path.last(std::min<qsizetype>(3, path.size()));
 }
 

@@ -168,6 +168,7 @@ private slots:
         QTest::newRow("create") << u"Créer un fichier d'archives"_qs << 0 << u"CreateArchiveForm"_qs;
         QTest::newRow("archive list") << u"Supprimer un fichier d'archives"_qs << 1 << u"ArchiveListForm"_qs;
         QTest::newRow("search") << u"Recherche d'un fichier"_qs << 2 << u"SearchForm"_qs;
+        QTest::newRow("theme search") << u"Recherche par thème"_qs << 3 << u"ThemeSearchForm"_qs;
         QTest::newRow("folders") << u"Dossiers d'archivage"_qs << 4 << u"FoldersForm"_qs;
         QTest::newRow("extensions") << u"      Extensions "_qs << 5 << u"ExtensionsForm"_qs;
         QTest::newRow("themes") << u"Thèmes"_qs << 6 << u"ThemesForm"_qs;

@@ -4,6 +4,7 @@
 #include "searchengine.h"
 #include "searchrules.h"
 #include "testsupport.h"
+#include "themesearch.h"
 #include "windows1252.h"
 
 #include <QRandomGenerator>
@@ -83,6 +84,13 @@ QList<std::string> referenceSearch(SearchKind kind, const std::string &term, con
                 if (line.compare(size_t(k - 1), size_t(n), term) == 0)
                     found.append(line);
             }
+        } else if (kind == SearchKind::Theme) {
+            for (long k = 1; k <= len - n; ++k) {
+                if (line.compare(size_t(k - 1), size_t(n), term) == 0) {
+                    found.append(line);
+                    break;
+                }
+            }
         } else if (len >= 3 ? line.substr(size_t(len - 3)) == term : line == term) {
             found.append(line);
         }
@@ -138,6 +146,76 @@ private slots:
                  (QList<QByteArrayList>{{"B.JPG", "JPG", "D:\\A\\B.JPG"}, {"JPG", "   ", "D:\\A\\JPG"}}));
     }
 
+    void byThemeSearchesTheWholePathButNeverItsLastCharacter()
+    {
+        // D:\JEUX is 7 characters: starts 1 to 3 are tried, and JEUX begins at 4.
+        const QByteArray archive = "\"d:\\JEUX\"\r\n\"d:\\JEUX\\.\"\r\n\"d:\\JEUX\\CASSE.EXE\"\r\n\"d:\\LISEZMOI\"\r\n"
+                                   "\"d:\\V1.0\\README\"\r\n\"d:\\jeux\\jeux\\jeux.txt\"\r\n";
+        ResultChunk chunk;
+        ArchiveScanner(SearchKind::Theme, searchTerm(u"jeux"_qs)).scan(archive, chunk);
+        QList<QByteArray> names;
+        for (const ResultRow &row : chunk.rows)
+            names.append(chunk.fileName(row).toByteArray());
+        // D:\JEUX\. ends one past the theme; a path holding it three times is one row.
+        QCOMPARE(names, (QList<QByteArray>{".", "CASSE.EXE", "jeux.txt"}));
+
+        const auto found = [&archive](const QString &theme) {
+            auto chunk = std::make_shared<ResultChunk>();
+            ArchiveScanner(SearchKind::Theme, searchTerm(theme)).scan(archive, *chunk);
+            SearchResults results;
+            results.setKind(SearchKind::Theme);
+            results.append(chunk);
+            QByteArrayList rows;
+            for (qsizetype i = 0; i < results.size(); ++i)
+                rows.append(results.fileName(i) + '|' + results.extension(i));
+            return rows;
+        };
+        // No dot anywhere: four blanks. A dot anywhere, even in a directory: the last three letters.
+        QCOMPARE(found(u"lis"_qs), QByteArrayList{"LISEZMOI|    "});
+        QCOMPARE(found(u"read"_qs), QByteArrayList{"README|DME"});
+        QCOMPARE(found(u"casse.ex"_qs), QByteArrayList{"CASSE.EXE|EXE"});
+        QCOMPARE(found(u"casse.exe"_qs), QByteArrayList{});
+        // A theme may span directories and hold blanks and backslashes.
+        QCOMPARE(found(u"x\\v1"_qs), QByteArrayList{});
+        QCOMPARE(found(u":\\v1"_qs), QByteArrayList{"README|DME"});
+    }
+
+    void themeSearchReadsEveryArchiveAndStopsAfter20000Rows()
+    {
+        QTemporaryDir dir;
+        QList<QByteArray> entries;
+        for (int i = 0; i < 8000; ++i)
+            entries.append("d:\\JEUX\\F" + QByteArray::number(i) + ".EXE");
+        QStringList files;
+        for (int i = 0; i < 502; ++i) {
+            const QString name = u"A%1"_qs.arg(i, 3, 10, QLatin1Char('0'));
+            QVERIFY(ArchiveFile::write(dir.path(), name, i == 501 || i < 3 ? entries : QList<QByteArray>{"d:\\X.JEUX.TXT"}));
+            files.append(name + u".lst"_qs);
+        }
+        // Beyond the search window's 500 archives, known by their file names.
+        const QList<ArchiveToScan> all = ThemeSearch::archivesToScan(dir.path(), files);
+        QCOMPARE(all.size(), 502);
+        QCOMPARE(all.last().name, u"A501.lst"_qs);
+        QList<bool> selected(502, false);
+        selected[501] = true;
+        const SearchResults last = SearchRun::runAndWait(
+            ThemeSearch::request(u"jeux"_qs, ThemeSearch::archivesToScan(dir.path(), files, selected), 1));
+        QCOMPARE(last.size(), 8000);
+        QCOMPARE(last.archiveName(0), u"A501.lst"_qs);
+        QCOMPARE(last.extension(0), "EXE");
+
+        for (int threads : {1, 2}) {
+            SearchRun run(ThemeSearch::request(u"Jeux"_qs, all, threads));
+            run.start();
+            run.wait();
+            QVERIFY(run.limitReached());
+            qsizetype rows = 0;
+            for (const auto &chunk : run.takeChunks())
+                rows += qsizetype(chunk->rows.size());
+            QCOMPARE(rows, 20001);
+        }
+    }
+
     void fastScanAgreesWithPlainReadingOnRandomLines_data()
     {
         QTest::addColumn<bool>("avx2");
@@ -169,7 +247,7 @@ private slots:
             for (int i = 0; i < termLength; ++i)
                 term.append(alphabet[random.bounded(int(alphabet.size()) - 1)]);
             term = searchTerm(QString::fromLatin1(term));
-            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension}) {
+            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension, SearchKind::Theme}) {
                 QList<std::string> expected = referenceSearch(kind, term.toStdString(), archive.toStdString());
                 QList<std::string> actual;
                 for (const QByteArray &path : pathsOf(kind, term, archive))

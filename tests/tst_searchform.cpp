@@ -50,6 +50,13 @@ struct Fixture
         }
         qFatal("no control named %s", qPrintable(name));
     }
+    template<typename T> T *named(const QString &objectName)
+    {
+        T *widget = form.findChild<T *>(objectName);
+        if (!widget)
+            qFatal("no control %s", qPrintable(objectName));
+        return widget;
+    }
     QString label(const QString &name) { return child<QLabel>(name)->text(); }
     QStringList column(const QString &viewName)
     {
@@ -98,13 +105,13 @@ private slots:
         Fixture f;
         QCOMPARE(f.form.windowTitle(), u"Kalvex2 Recherches"_qs);
         QCOMPARE(f.child<QListWidget>(u"Dossiers d'archivage"_qs)->currentItem()->text(), u"Divers"_qs);
-        QCOMPARE(f.label(u"Nombre d'archives"_qs), u"Nbre de CD ou disquettes répertoriés :  2"_qs);
+        QCOMPARE(f.named<QLabel>(u"archiveCount"_qs)->text(), u"Nbre de CD ou disquettes répertoriés :  2"_qs);
         QCOMPARE(f.child<QListWidget>(u"extensions"_qs)->count(), 4);
         QVERIFY(f.fakes.pictures.icons.contains(f.data.file(u"MAGNI001.ico"_qs)));
         QVERIFY(f.fakes.pictures.icons.contains(f.data.file(u"keys03.ico"_qs)));
         // A folder without archives.
         f.child<QListWidget>(u"Dossiers d'archivage"_qs)->setCurrentRow(f.data.archiveFolders().indexOf(u"Musique"_qs));
-        QCOMPARE(f.label(u"Nombre d'archives"_qs), u"Nbre de CD ou disquettes répertoriés :  0"_qs);
+        QCOMPARE(f.named<QLabel>(u"archiveCount"_qs)->text(), u"Nbre de CD ou disquettes répertoriés :  0"_qs);
     }
 
     void promptsRefuseEmptyAndShortAnswers()
@@ -172,7 +179,7 @@ private slots:
     void switchesSelectAllAndEveryFolder()
     {
         Fixture f;
-        QCheckBox *selectAll = f.child<QCheckBox>(u"Sélection de tous les fichiers d'archives"_qs);
+        QCheckBox *selectAll = f.named<QCheckBox>(u"selectAll"_qs);
         QCOMPARE(selectAll->text(), u"La Sélection de tous les fichiers d'archives est desactivèe"_qs);
         QTest::mouseClick(selectAll, Qt::LeftButton);
         QCOMPARE(selectAll->text(), u"La Sélection de tous les fichiers d'archives est activèe"_qs);
@@ -180,7 +187,7 @@ private slots:
         QTest::mouseClick(selectAll, Qt::LeftButton);
         QCOMPARE(f.form.selectedArchiveCount(), 0);
 
-        QCheckBox *allFolders = f.child<QCheckBox>(u"Rechercher dan tous les dossiers"_qs);
+        QCheckBox *allFolders = f.named<QCheckBox>(u"allFolders"_qs);
         QTest::mouseClick(allFolders, Qt::LeftButton);
         QVERIFY(selectAll->isChecked());
         QVERIFY(f.search(kByName, u"readme"_qs));
@@ -223,7 +230,7 @@ private slots:
         ArchiveFile::write(jeux, u"BIG2"_qs, entries);
         f.form.hide();
         f.form.show(); // reopening lists the new archives
-        QTest::mouseClick(f.child<QCheckBox>(u"Sélection de tous les fichiers d'archives"_qs), Qt::LeftButton);
+        QTest::mouseClick(f.named<QCheckBox>(u"selectAll"_qs), Qt::LeftButton);
         f.child<QListWidget>(u"extensions"_qs)->setCurrentRow(0);
         QVERIFY(f.search(kByExtension));
         QCOMPARE(f.form.foundCount(), 30000);
@@ -242,7 +249,7 @@ private slots:
         for (int i = 0; i < 4; ++i)
             ArchiveFile::write(f.data.folderPath(u"Photos"_qs), u"CD"_qs + QString::number(i), entries);
         f.child<QListWidget>(u"Dossiers d'archivage"_qs)->setCurrentRow(f.data.archiveFolders().indexOf(u"Photos"_qs));
-        QTest::mouseClick(f.child<QCheckBox>(u"Sélection de tous les fichiers d'archives"_qs), Qt::LeftButton);
+        QTest::mouseClick(f.named<QCheckBox>(u"selectAll"_qs), Qt::LeftButton);
         QSignalSpy finished(&f.form, &SearchForm::searchFinished);
         f.fakes.dialogs.inputs = {u"fichier1"_qs};
         QTest::mouseClick(f.child<QToolButton>(kByString), Qt::LeftButton);

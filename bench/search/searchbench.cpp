@@ -96,6 +96,10 @@ void benchEngine(const QString &folder)
         {"string, frequent", SearchKind::String, "IMG", {QStringLiteral("img")}},
         {"extension, rare", SearchKind::Extension, "WMF", {QStringLiteral("wmf\"")}},
         {"extension, frequent", SearchKind::Extension, "GIF", {QStringLiteral("gif\"")}},
+        // By theme, anywhere in the path (never its last letters, which these terms never are), with
+        // no 20001-row stop, so both read every archive.
+        {"theme, rare", SearchKind::Theme, "KALV", {QStringLiteral("kalv")}},
+        {"theme, frequent", SearchKind::Theme, "JEUX", {QStringLiteral("jeux")}},
     };
     std::printf("%-20s %7s %10s %10s %10s %7s\n", "case", "threads", "rows", "kalvex s", "rg s", "ratio");
     for (const Case &c : cases) {
@@ -149,7 +153,7 @@ void benchWindow(const QString &dataPath)
     form.show();
     if (!QTest::qWaitForWindowExposed(&form))
         std::printf("the window was not shown\n");
-    child<QCheckBox>(form, QStringLiteral("Sélection de tous les fichiers d'archives"))->setChecked(true);
+    form.findChild<QCheckBox *>(QStringLiteral("selectAll"))->setChecked(true);
     QProgressBar *progress = child<QProgressBar>(form, QStringLiteral("Progression de la recherche"));
     QListView *sorted = child<QListView>(form, QStringLiteral("Classement alphabétique"));
     QListView *names = child<QListView>(form, QStringLiteral("Classement ordre du support"));

@@ -1,5 +1,5 @@
 // One search from the command line, for profiling (callgrind) and for timing beside other tools:
-//   kalvex2-search-once [--sorted] name|string|extension TERM THREADS ARCHIVE.lst...
+//   kalvex2-search-once [--sorted] name|string|extension|theme TERM THREADS ARCHIVE.lst...
 // prints the number of rows found and the time taken (with the alphabetical order: --sorted).
 
 #include "searchengine.h"
@@ -16,9 +16,10 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QStringList args = app.arguments();
     const bool sorted = args.removeAll(QStringLiteral("--sorted")) > 0;
-    const QStringList kinds = {QStringLiteral("name"), QStringLiteral("string"), QStringLiteral("extension")};
+    const QStringList kinds = {QStringLiteral("name"), QStringLiteral("string"), QStringLiteral("extension"),
+                               QStringLiteral("theme")};
     if (args.size() < 5 || !kinds.contains(args[1])) {
-        std::fprintf(stderr, "usage: %s [--sorted] name|string|extension TERM THREADS ARCHIVE.lst...\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--sorted] name|string|extension|theme TERM THREADS ARCHIVE.lst...\n", argv[0]);
         return 2;
     }
     SearchRequest request;

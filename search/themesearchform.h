@@ -1,0 +1,109 @@
+#pragma once
+
+#include "formsupport.h"
+#include "foundfileactions.h"
+#include "searchresults.h"
+
+#include <QPoint>
+
+#include <memory>
+#include <optional>
+
+class ArchivePicker;
+class Clock;
+class DataDirectory;
+class Dialogs;
+class FoundFilePanel;
+class PictureLoader;
+class Printer;
+class QLabel;
+class QListView;
+class QListWidget;
+class QProgressBar;
+class QToolButton;
+class ResultListModel;
+class SearchRun;
+
+// "Kalvex : Recherche à partir d'un thème sélectionné.": finds every catalogued entry whose path
+// holds the chosen theme, in the chosen archives or in every folder, and lists the rows found in
+// parallel lists, as the search window does.
+//
+// The chosen-theme label has three writers, on purpose: a choice in the theme list, a choice in
+// the extension list (its three first characters), and a left press on a found row (the row's
+// extension). A search looks for whatever it holds.
+class ThemeSearchForm : public Form
+{
+    Q_OBJECT
+
+public:
+    ThemeSearchForm(const DataDirectory &data, const FoundFileActions::Services &services, Printer &printer,
+                    const Clock &clock, QWidget *parent = nullptr);
+    ~ThemeSearchForm() override;
+
+    void search();
+    void print();
+    bool isSearching() const { return m_run != nullptr; }
+    QString chosenTheme() const;
+
+    // The rows of the last search, by index in the order found.
+    const SearchResults &results() const { return m_results; }
+    qsizetype foundCount() const { return m_results.size(); }
+    QString foundPath(qsizetype row) const;
+    QString foundExtension(qsizetype row) const;
+    QString foundArchive(qsizetype row) const;
+
+    // The current row (-1 before any) and the press on a found row: the left button makes the row
+    // current and writes its extension into the chosen-theme label (a path without a dot leaves
+    // it); the right one acts on the current row by the label's text, as the search window does.
+    qsizetype currentRow() const { return m_currentRow; }
+    void setCurrentRow(qsizetype row);
+    void pressRow(qsizetype row, Qt::MouseButton button);
+    // The current row's labels and the actions on it.
+    FoundFilePanel &foundFiles() const { return *m_panel; }
+
+signals:
+    void searchFinished();
+
+protected:
+    void load() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void reject() override;
+
+private:
+    void buildLayout();
+    QListView *makeResultView(ResultListModel *model, const QString &objectName, const QString &accessibleName);
+    void clearResults();
+    // Makes `row` current in every list and fills the row labels.
+    void chooseRow(qsizetype row);
+    void takeRows();
+    void finishSearch();
+
+    const DataDirectory &m_data;
+    Dialogs &m_dialogs;
+    PictureLoader &m_pictures;
+    Printer &m_printer;
+    const Clock &m_clock;
+
+    ArchivePicker *m_archives = nullptr;
+    QListWidget *m_themes = nullptr;
+    QListWidget *m_extensions = nullptr;
+    QLabel *m_chosenTheme = nullptr;
+    QToolButton *m_search = nullptr;
+    FoundFilePanel *m_panel = nullptr;
+    QLabel *m_loading = nullptr;
+    QProgressBar *m_progress = nullptr;
+    QLabel *m_foundCount = nullptr;
+    QLabel *m_medium = nullptr;
+    QLabel *m_extension = nullptr;
+    QList<QListView *> m_orderFoundViews; // names, archives, extensions, paths
+    QListView *m_sortedView = nullptr;
+
+    SearchResults m_results;
+    QList<ResultListModel *> m_models;
+    std::unique_ptr<SearchRun> m_run;
+    quint64 m_runSerial = 0;
+    qsizetype m_currentRow = -1;
+    std::optional<QPoint> m_frameTarget; // where the frame goes once the window system shows it
+};
