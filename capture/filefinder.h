@@ -20,7 +20,9 @@ class Drives;
 // The walk is a pre-order one in listing order: a directory's own entries first ("." and ".."
 // included for every directory but the root), then the whole of each of its sub-directories.
 // Directories whose name begins with "." are recorded but not entered; symbolic links are never
-// entered (the lister says they are not directories).
+// entered (the lister says they are not directories). A sub-directory that cannot be read for lack
+// of permission gives nothing; any other error on one means the medium went away: the walk stops
+// and failed() says so.
 //
 // Rechercher() runs the whole walk in the calling thread. It may run on a worker thread while
 // another thread reads State(), NbFichiers() and Lire_Fichiers() and calls Annuler(): the count is
@@ -53,6 +55,9 @@ public:
     void Rechercher();
     // Stops a running walk at its next entry; does nothing when no walk runs.
     void Annuler();
+    // The last walk stopped because a directory it had seen could no longer be read: what was
+    // recorded is not the whole medium.
+    bool failed() const { return m_failed.load(std::memory_order_acquire); }
 
     // The count as decimal text ("0", "1500").
     QString NbFichiers() const { return QString::number(count()); }
@@ -84,7 +89,8 @@ private:
         qsizetype size;
     };
 
-    void walk(int depth, bool isRoot);
+    void walk();
+    bool recordAll(const DirectoryListing &entries);
     bool record(QByteArrayView name);
     char *room(qsizetype size);
 
@@ -96,6 +102,7 @@ private:
     bool m_matchesAll = true;
     std::atomic<bool> m_state{false};
     std::atomic<bool> m_running{false};
+    std::atomic<bool> m_failed{false};
     std::atomic<int> m_count{0};
     // Fixed slots, allocated a chunk at a time and kept for the next walks, like the blocks.
     std::array<std::unique_ptr<Slot[]>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
@@ -103,10 +110,17 @@ private:
     qsizetype m_block = -1; // the block being filled
     char *m_free = nullptr;
     char *m_freeEnd = nullptr;
-    // The directory being read and its parents: one listing per depth, kept from walk to walk.
-    QByteArray m_nativePath;
+    // The directory being read and its parents: one listing per depth, kept from walk to walk,
+    // and where each depth is in its listing. The walk keeps its own stack rather than recursing,
+    // so no depth of a medium can overflow the thread's.
+    struct Level
+    {
+        qsizetype next;          // the next entry to look at for a sub-directory
+        qsizetype archiveLength; // the length of the parent's path, to go back up
+    };
     QByteArray m_archivePath;
     std::deque<DirectoryListing> m_listings;
+    std::vector<Level> m_levels;
 };
 
 // Whether `name` (Windows-1252) matches a wild-card pattern as a directory listing would:
