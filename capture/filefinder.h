@@ -6,10 +6,10 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <array>
 #include <atomic>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class Drives;
@@ -69,23 +69,35 @@ public:
     // or the finder's end.
     QByteArrayView entry(int index) const
     {
-        const Slot &slot = m_chunks[size_t(index - 1) / kChunkSize][size_t(index - 1) % kChunkSize];
+        const Slot &slot = m_slots[size_t(index - 1)];
         return {slot.data, slot.size};
     }
 
 private:
+    // Memory the walk fills once and keeps for the next walks, on huge pages where the system
+    // gives them: a walk writes megabytes of paths, and on this kind of machine the first touch of
+    // each 4 KiB page is a fault costing about as much as reading a directory.
+    class Region
+    {
+    public:
+        explicit Region(size_t size);
+        ~Region();
+        Region(Region &&other) noexcept;
+        Region &operator=(Region &&other) noexcept;
+        char *data() const { return m_data; }
+        size_t size() const { return m_size; }
+
+    private:
+        char *m_data = nullptr;
+        size_t m_size = 0;
+    };
+
     // Recorded paths are written one after the other into large blocks, and each slot points at
     // one: neither ever moves while the walk appends, so readers need no lock.
-    static constexpr int kChunkSize = 1024;
-    static constexpr qsizetype kBlockSize = 256 * 1024;
+    static constexpr size_t kBlockSize = 2 * 1024 * 1024;
     struct Slot
     {
         const char *data;
-        qsizetype size;
-    };
-    struct Block
-    {
-        std::unique_ptr<char[]> data;
         qsizetype size;
     };
 
@@ -104,9 +116,10 @@ private:
     std::atomic<bool> m_running{false};
     std::atomic<bool> m_failed{false};
     std::atomic<int> m_count{0};
-    // Fixed slots, allocated a chunk at a time and kept for the next walks, like the blocks.
-    std::array<std::unique_ptr<Slot[]>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
-    std::vector<Block> m_blocks;
+    // The slots of every entry a walk may record, made at the first walk.
+    std::optional<Region> m_slotMemory;
+    Slot *m_slots = nullptr;
+    std::vector<Region> m_blocks;
     qsizetype m_block = -1; // the block being filled
     char *m_free = nullptr;
     char *m_freeEnd = nullptr;
