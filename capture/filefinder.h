@@ -129,7 +129,7 @@ private:
     struct Level
     {
         qsizetype next;          // the next entry to look at for a sub-directory
-        qsizetype archiveLength; // the length of the parent's path, to go back up
+        qsizetype archiveLength; // the path's length before this directory's name, to go back up
     };
     QByteArray m_archivePath;
     std::deque<DirectoryListing> m_listings;
