@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHideEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -297,6 +298,7 @@ void CreateArchiveForm::create()
     m_archive = std::make_unique<ArchiveWriter>(m_currentFolder, m_name->text());
     m_archiveFolder = m_currentFolder;
     m_entriesWritten = 0;
+    m_scanAbandoned = false;
     m_search->start();
 }
 
@@ -333,6 +335,17 @@ bool CreateArchiveForm::writeArchive()
     return elsewhere.commit();
 }
 
+void CreateArchiveForm::hideEvent(QHideEvent *event)
+{
+    Form::hideEvent(event);
+    // Reopening the window starts afresh (its folder list back on the first folder): a scan left
+    // running would write its archive where the user never chose. A minimised window scans on.
+    if (!event->spontaneous() && isScanning()) {
+        m_scanAbandoned = true;
+        m_finder->Annuler();
+    }
+}
+
 void CreateArchiveForm::finishScan()
 {
     m_refreshTimer->stop();
@@ -346,8 +359,11 @@ void CreateArchiveForm::finishScan()
     m_data.makeCurrent();
 
     // An empty medium writes nothing and says nothing. A file that could not be written is not
-    // announced as an archive either.
-    if (writeArchive()) {
+    // announced as an archive either. A medium gone during the walk, or a window closed, leaves
+    // an earlier archive of that name as it was.
+    if (m_finder->failed() || m_scanAbandoned) {
+        m_archive.reset(); // its temporary file goes with it
+    } else if (writeArchive()) {
         m_endNotice->show();
         showArchives();
         for (int i = 0; i < 3; ++i)

@@ -28,6 +28,7 @@ class SearchThread;
 // The window that catalogues one medium: choose the drive, name the archive, choose the archive
 // folder, and the create button walks the whole medium and writes NAME.lst into that folder.
 // The walk runs on a worker thread; a 5 ms timer moves what it found into the list in batches.
+// A scan whose medium went away, or during which the window was closed, writes nothing.
 class CreateArchiveForm : public Form
 {
     Q_OBJECT
@@ -45,6 +46,8 @@ signals:
 
 protected:
     void load() override;
+    // Closing the window during a scan stops it: no archive is written.
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void buildControls();
@@ -86,6 +89,7 @@ private:
     std::unique_ptr<ArchiveWriter> m_archive;
     QString m_archiveFolder;
     int m_entriesWritten = 0;
+    bool m_scanAbandoned = false; // the window was closed during the scan
     bool m_busyCursor = false;
     // The search thread and the found list use the finder: the thread is declared after it so
     // that it ends first; the list only reads the finder while the window shows it.

@@ -8,6 +8,59 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <utility>
+
+#include <sys/mman.h>
+
+namespace {
+
+constexpr size_t kHugePage = 2 * 1024 * 1024;
+
+} // namespace
+
+FileFinder::Region::Region(size_t size)
+{
+    // Whole huge pages, at a huge page's boundary: mapped with room to align, the rest given back.
+    m_size = (size + kHugePage - 1) / kHugePage * kHugePage;
+    const size_t mapped = m_size + kHugePage;
+    void *mapping = ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapping == MAP_FAILED)
+        throw std::bad_alloc();
+    const auto start = reinterpret_cast<uintptr_t>(mapping);
+    const uintptr_t aligned = (start + kHugePage - 1) / kHugePage * kHugePage;
+    if (aligned > start)
+        ::munmap(mapping, aligned - start);
+    if (start + mapped > aligned + m_size)
+        ::munmap(reinterpret_cast<void *>(aligned + m_size), start + mapped - (aligned + m_size));
+    m_data = reinterpret_cast<char *>(aligned);
+#ifdef MADV_HUGEPAGE
+    ::madvise(m_data, m_size, MADV_HUGEPAGE); // a hint: without it, plain pages
+#endif
+}
+
+FileFinder::Region::~Region()
+{
+    if (m_data)
+        ::munmap(m_data, m_size);
+}
+
+FileFinder::Region::Region(Region &&other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr))
+    , m_size(std::exchange(other.m_size, 0))
+{
+}
+
+FileFinder::Region &FileFinder::Region::operator=(Region &&other) noexcept
+{
+    if (this != &other) {
+        if (m_data)
+            ::munmap(m_data, m_size);
+        m_data = std::exchange(other.m_data, nullptr);
+        m_size = std::exchange(other.m_size, 0);
+    }
+    return *this;
+}
 
 FileFinder::FileFinder(Drives &drives, DirectoryLister &lister)
     : m_drives(drives)
@@ -39,6 +92,7 @@ void FileFinder::Rechercher()
 {
     m_state.store(true, std::memory_order_release);
     m_count.store(0, std::memory_order_release);
+    m_failed.store(false, std::memory_order_release);
     m_running.store(true, std::memory_order_release);
     m_patternBytes = Windows1252::encode(m_pattern);
     m_matchesAll = m_patternBytes == "*.*" || m_patternBytes == "*";
@@ -51,47 +105,75 @@ void FileFinder::Rechercher()
     const std::optional<Drive> drive = m_drives.find(m_root);
     if (drive && !drive->mountPoint.isEmpty()) {
         m_archivePath = Windows1252::encode(m_root);
-        m_nativePath = QFile::encodeName(drive->mountPoint);
-        if (!m_nativePath.endsWith('/'))
-            m_nativePath += '/';
+        QByteArray nativeRoot = QFile::encodeName(drive->mountPoint);
+        if (!nativeRoot.endsWith('/'))
+            nativeRoot += '/';
         const QString below = m_root.mid(3); // after "d:\"
         if (!below.isEmpty())
-            m_nativePath += QFile::encodeName(QString(below).replace(QLatin1Char('\\'), QLatin1Char('/')));
-        walk(0, below.isEmpty());
+            nativeRoot += QFile::encodeName(QString(below).replace(QLatin1Char('\\'), QLatin1Char('/')));
+        if (m_listings.empty())
+            m_listings.emplace_back();
+        // A root that cannot be read is a drive that is not ready: an empty walk, not a failed one.
+        if (m_lister.open(nativeRoot, below.isEmpty(), m_listings.front()) == DirectoryLister::Result::Listed)
+            walk();
+        m_lister.close(); // a medium held open could not be ejected
     }
 
     m_running.store(false, std::memory_order_release);
     m_state.store(false, std::memory_order_release);
 }
 
-void FileFinder::walk(int depth, bool isRoot)
+void FileFinder::walk()
 {
-    if (!m_running.load(std::memory_order_acquire))
+    // Each directory's entries are recorded, then its sub-directories are walked one by one in
+    // listing order. One listing serves both.
+    if (!recordAll(m_listings.front()))
         return;
-    if (size_t(depth) == m_listings.size())
-        m_listings.emplace_back(); // a deque: the listings of the parents stay where they are
-    // One listing serves both the recording of this directory's entries and the choice of the
-    // sub-directories to enter.
-    DirectoryListing &entries = m_listings[size_t(depth)];
-    if (!m_lister.list(m_nativePath, isRoot, entries))
-        return;
-    for (qsizetype i = 0; i < entries.size(); ++i) {
-        if (!record(entries.archiveName(i)))
-            return;
-    }
-    const qsizetype nativeLength = m_nativePath.size();
-    const qsizetype archiveLength = m_archivePath.size();
-    for (qsizetype i = 0; i < entries.size(); ++i) {
-        if (!entries.isDirectory(i) || entries.nativeName(i).startsWith('.'))
+    m_levels.clear();
+    m_levels.push_back({0, m_archivePath.size()});
+    while (!m_levels.empty()) {
+        const size_t depth = m_levels.size() - 1;
+        const DirectoryListing &entries = m_listings[depth];
+        qsizetype i = m_levels.back().next;
+        while (i < entries.size() && (!entries.isDirectory(i) || entries.nativeName(i).startsWith('.')))
+            ++i;
+        if (i == entries.size()) {
+            m_archivePath.truncate(m_levels.back().archiveLength);
+            m_levels.pop_back();
+            if (!m_levels.empty())
+                m_lister.leave();
             continue;
+        }
+        m_levels.back().next = i + 1;
         if (!m_running.load(std::memory_order_acquire))
             return;
-        m_nativePath.append(entries.nativeName(i)).append('/');
+        if (depth + 1 == m_listings.size())
+            m_listings.emplace_back(); // a deque: the listings of the parents stay where they are
+        DirectoryListing &children = m_listings[depth + 1];
+        switch (m_lister.enter(entries.nativeName(i), children)) {
+        case DirectoryLister::Result::Listed:
+            break;
+        case DirectoryLister::Result::Denied:
+            continue;
+        case DirectoryLister::Result::Failed:
+            m_failed.store(true, std::memory_order_release);
+            return;
+        }
+        const qsizetype parentLength = m_archivePath.size();
         m_archivePath.append(entries.archiveName(i)).append('\\');
-        walk(depth + 1, false);
-        m_nativePath.truncate(nativeLength);
-        m_archivePath.truncate(archiveLength);
+        m_levels.push_back({0, parentLength});
+        if (!recordAll(children))
+            return;
     }
+}
+
+bool FileFinder::recordAll(const DirectoryListing &entries)
+{
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        if (!record(entries.archiveName(i)))
+            return false;
+    }
+    return true;
 }
 
 bool FileFinder::record(QByteArrayView name)
@@ -108,14 +190,15 @@ bool FileFinder::record(QByteArrayView name)
         m_running.store(false, std::memory_order_release);
         return false;
     }
-    auto &chunk = m_chunks[size_t(count) / kChunkSize];
-    if (!chunk)
-        chunk = std::make_unique_for_overwrite<Slot[]>(kChunkSize);
+    if (!m_slotMemory) {
+        m_slotMemory.emplace(sizeof(Slot) * size_t(kMaxEntries));
+        m_slots = reinterpret_cast<Slot *>(m_slotMemory->data());
+    }
     const qsizetype size = m_archivePath.size() + name.size();
     char *path = room(size);
     std::memcpy(path, m_archivePath.constData(), size_t(m_archivePath.size()));
     std::memcpy(path + m_archivePath.size(), name.data(), size_t(name.size()));
-    chunk[size_t(count) % kChunkSize] = {path, size};
+    m_slots[size_t(count)] = {path, size};
     m_count.store(count + 1, std::memory_order_release);
     return true;
 }
@@ -126,13 +209,10 @@ char *FileFinder::room(qsizetype size)
         // The next block, kept from an earlier walk or new; a path longer than a block (deeper
         // than any real medium) gets one of its own.
         ++m_block;
-        if (size_t(m_block) == m_blocks.size() || m_blocks[size_t(m_block)].size < size) {
-            const qsizetype blockSize = std::max(size, kBlockSize);
-            m_blocks.insert(m_blocks.begin() + m_block,
-                            Block{std::make_unique_for_overwrite<char[]>(size_t(blockSize)), blockSize});
-        }
-        m_free = m_blocks[size_t(m_block)].data.get();
-        m_freeEnd = m_free + m_blocks[size_t(m_block)].size;
+        if (size_t(m_block) == m_blocks.size() || m_blocks[size_t(m_block)].size() < size_t(size))
+            m_blocks.insert(m_blocks.begin() + m_block, Region(std::max(size_t(size), kBlockSize)));
+        m_free = m_blocks[size_t(m_block)].data();
+        m_freeEnd = m_free + m_blocks[size_t(m_block)].size();
     }
     char *at = m_free;
     m_free += size;

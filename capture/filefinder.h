@@ -6,10 +6,10 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <array>
 #include <atomic>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class Drives;
@@ -20,7 +20,9 @@ class Drives;
 // The walk is a pre-order one in listing order: a directory's own entries first ("." and ".."
 // included for every directory but the root), then the whole of each of its sub-directories.
 // Directories whose name begins with "." are recorded but not entered; symbolic links are never
-// entered (the lister says they are not directories).
+// entered (the lister says they are not directories). A sub-directory that cannot be read for lack
+// of permission gives nothing; any other error on one means the medium went away: the walk stops
+// and failed() says so.
 //
 // Rechercher() runs the whole walk in the calling thread. It may run on a worker thread while
 // another thread reads State(), NbFichiers() and Lire_Fichiers() and calls Annuler(): the count is
@@ -53,6 +55,9 @@ public:
     void Rechercher();
     // Stops a running walk at its next entry; does nothing when no walk runs.
     void Annuler();
+    // The last walk stopped because a directory it had seen could no longer be read: what was
+    // recorded is not the whole medium.
+    bool failed() const { return m_failed.load(std::memory_order_acquire); }
 
     // The count as decimal text ("0", "1500").
     QString NbFichiers() const { return QString::number(count()); }
@@ -64,27 +69,40 @@ public:
     // or the finder's end.
     QByteArrayView entry(int index) const
     {
-        const Slot &slot = m_chunks[size_t(index - 1) / kChunkSize][size_t(index - 1) % kChunkSize];
+        const Slot &slot = m_slots[size_t(index - 1)];
         return {slot.data, slot.size};
     }
 
 private:
+    // Memory the walk fills once and keeps for the next walks, on huge pages where the system
+    // gives them: a walk writes megabytes of paths, and on this kind of machine the first touch of
+    // each 4 KiB page is a fault costing about as much as reading a directory.
+    class Region
+    {
+    public:
+        explicit Region(size_t size);
+        ~Region();
+        Region(Region &&other) noexcept;
+        Region &operator=(Region &&other) noexcept;
+        char *data() const { return m_data; }
+        size_t size() const { return m_size; }
+
+    private:
+        char *m_data = nullptr;
+        size_t m_size = 0;
+    };
+
     // Recorded paths are written one after the other into large blocks, and each slot points at
     // one: neither ever moves while the walk appends, so readers need no lock.
-    static constexpr int kChunkSize = 1024;
-    static constexpr qsizetype kBlockSize = 256 * 1024;
+    static constexpr size_t kBlockSize = 2 * 1024 * 1024;
     struct Slot
     {
         const char *data;
         qsizetype size;
     };
-    struct Block
-    {
-        std::unique_ptr<char[]> data;
-        qsizetype size;
-    };
 
-    void walk(int depth, bool isRoot);
+    void walk();
+    bool recordAll(const DirectoryListing &entries);
     bool record(QByteArrayView name);
     char *room(qsizetype size);
 
@@ -96,17 +114,26 @@ private:
     bool m_matchesAll = true;
     std::atomic<bool> m_state{false};
     std::atomic<bool> m_running{false};
+    std::atomic<bool> m_failed{false};
     std::atomic<int> m_count{0};
-    // Fixed slots, allocated a chunk at a time and kept for the next walks, like the blocks.
-    std::array<std::unique_ptr<Slot[]>, (kMaxEntries + kChunkSize) / kChunkSize> m_chunks;
-    std::vector<Block> m_blocks;
+    // The slots of every entry a walk may record, made at the first walk.
+    std::optional<Region> m_slotMemory;
+    Slot *m_slots = nullptr;
+    std::vector<Region> m_blocks;
     qsizetype m_block = -1; // the block being filled
     char *m_free = nullptr;
     char *m_freeEnd = nullptr;
-    // The directory being read and its parents: one listing per depth, kept from walk to walk.
-    QByteArray m_nativePath;
+    // The directory being read and its parents: one listing per depth, kept from walk to walk,
+    // and where each depth is in its listing. The walk keeps its own stack rather than recursing,
+    // so no depth of a medium can overflow the thread's.
+    struct Level
+    {
+        qsizetype next;          // the next entry to look at for a sub-directory
+        qsizetype archiveLength; // the path's length before this directory's name, to go back up
+    };
     QByteArray m_archivePath;
     std::deque<DirectoryListing> m_listings;
+    std::vector<Level> m_levels;
 };
 
 // Whether `name` (Windows-1252) matches a wild-card pattern as a directory listing would:

@@ -17,9 +17,11 @@ void DirectoryListing::add(QByteArrayView nativeName, bool isDirectory)
     const size_t length = size_t(nativeName.size());
     // The catalogue name is never longer than the native one: room for both.
     if (at + 2 * length > m_namesCapacity) {
-        const size_t capacity = std::max<size_t>(2 * (at + 2 * length), 4096);
+        // Small at first: a walk keeps one listing per depth, and a deep chain has thousands.
+        const size_t capacity = std::max<size_t>(2 * (at + 2 * length), 256);
         auto names = std::make_unique_for_overwrite<char[]>(capacity);
-        std::memcpy(names.get(), m_names.get(), at);
+        if (at > 0) // the first buffer has nothing to keep (and no address to copy from)
+            std::memcpy(names.get(), m_names.get(), at);
         m_names = std::move(names);
         m_namesCapacity = capacity;
     }

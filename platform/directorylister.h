@@ -53,15 +53,33 @@ private:
     std::vector<Entry> m_entries;
 };
 
-// Lists one directory with the contract the walk of a medium relies on:
+// Lists the directories of a walk with the contract the walk of a medium relies on:
 // - for every directory but a drive's root, "." and ".." come first (both are directories);
 // - the other entries follow sorted by name ignoring case (upper-cased catalogue names, then
-//   native bytes);
-// - a directory that cannot be read gives false and no entries.
+//   native bytes).
+//
+// A walk opens its first directory by its path, then goes down into a sub-directory by its name
+// (relative to the current directory, so that no path length limits the depth) and back up. A
+// directory not listed is not entered: after Denied or Failed the current directory stays the same.
+// One lister serves one walk at a time.
 class DirectoryLister
 {
 public:
+    enum class Result {
+        Listed,
+        Denied, // no permission to read it: it gives nothing and the walk goes on
+        Failed, // any other error (gone, not connected, input/output): the medium went away
+    };
+
     virtual ~DirectoryLister() = default;
 
-    virtual bool list(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries) = 0;
+    // Starts a walk (ending any earlier one) at `nativePath` and lists it; `isRoot` for the root
+    // of a drive, which has no "." and "..".
+    virtual Result open(const QByteArray &nativePath, bool isRoot, DirectoryListing &entries) = 0;
+    // Lists the sub-directory `name` of the current directory, which it becomes when listed.
+    virtual Result enter(QByteArrayView name, DirectoryListing &entries) = 0;
+    // Makes the parent of the current directory current again.
+    virtual void leave() = 0;
+    // Ends the walk and lets go of every directory it held.
+    virtual void close() = 0;
 };

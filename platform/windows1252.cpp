@@ -129,7 +129,11 @@ char *fromNativeFileName(QByteArrayView nativeName, char *next)
         if (i == size)
             break;
         const unsigned char lead = in[i];
-        const int length = lead >= 0xF0 && lead <= 0xF4 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 && lead <= 0xDF ? 2 : 0;
+        // C0, C1 and F5 to FF never begin a sequence: each is one malformed byte.
+        const int length = lead >= 0xF0 && lead <= 0xF4 ? 4
+                           : lead >= 0xE0 && lead <= 0xEF ? 3
+                           : lead >= 0xC2 && lead <= 0xDF ? 2
+                                                          : 0;
         char32_t code = 0xFFFD;
         int used = 1;
         if (length != 0 && i + length <= size) {

@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QSignalSpy>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QSemaphore>
@@ -302,6 +303,65 @@ private slots:
         gate.open(); // the window goes before its end of scan, whether the walk ends first or not
         f.form.reset();
         QVERIFY(QDir(f.data.folderPath(u"Divers"_qs)).entryList(QDir::Files).isEmpty());
+    }
+
+    // ENOTCONN, EIO or ENOENT on a directory the walk has just seen: the medium went away.
+    void aMediumGoneDuringTheScanKeepsTheOldArchive()
+    {
+        Fixture f;
+        const QByteArray old = "\"e:\\OLD\"\r\n";
+        QVERIFY(TestSupport::writeFile(f.archive(u"Divers"_qs, u"DISQUE.lst"_qs), old));
+        f.fakes.directoryLister.outcomes.insert("/cd/SUB/", DirectoryLister::Result::Failed);
+        f.create(u"DISQUE"_qs);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"DISQUE.lst"_qs)), old);
+        QCOMPARE(QDir(f.data.folderPath(u"Divers"_qs)).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{u"DISQUE.lst"_qs}); // no temporary file left either
+        QVERIFY(!f.noticeShown());
+        QCOMPARE(f.fakes.dialogs.beeps, 0);
+        QVERIFY(f.fakes.dialogs.messages().isEmpty());
+        QCOMPARE(f.counter(), u"2 fichiers trouvés"_qs); // what was found before it went
+
+        // The same medium back in its drive scans whole.
+        f.fakes.directoryLister.outcomes.clear();
+        f.create(u"DISQUE"_qs);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"DISQUE.lst"_qs)),
+                 QByteArray("\"e:\\A.TXT\"\r\n\"e:\\SUB\"\r\n\"e:\\SUB\\.\"\r\n\"e:\\SUB\\..\"\r\n"
+                            "\"e:\\SUB\\B.TXT\"\r\n"));
+        QVERIFY(f.noticeShown());
+        QCOMPARE(f.fakes.dialogs.beeps, 3);
+    }
+
+    // Reopening the window puts its folder list back on the first folder: a scan left running
+    // would then write where the user never chose. Closing the window stops the scan instead.
+    void closingTheWindowDuringTheScanStopsIt()
+    {
+        Fixture f;
+        QSemaphore reached, gate;
+        f.fakes.directoryLister.onList = [&](const QByteArray &path) {
+            if (path == "/cd/SUB/") {
+                reached.release();
+                gate.acquire();
+            }
+        };
+        f.child<QListWidget>(u"folders"_qs)->setCurrentRow(int(f.data.archiveFolders().indexOf(u"Photos"_qs)));
+        QTest::keyClicks(f.child<QLineEdit>(u"name"_qs), u"FERME"_qs);
+        QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(f.child<QToolButton>(u"create"_qs), Qt::LeftButton);
+        QVERIFY(reached.tryAcquire(1, 5000));
+        f.window().close();
+        f.window().show();
+        gate.release();
+        QVERIFY(finished.wait(5000));
+        for (const QString &name : f.data.archiveFolders())
+            QVERIFY2(QDir(f.data.folderPath(name)).entryList(QDir::Files | QDir::Hidden).isEmpty(), qPrintable(name));
+        QVERIFY(!f.noticeShown());
+        QCOMPARE(f.fakes.dialogs.beeps, 0);
+
+        // The next scan runs whole, into the folder now chosen.
+        f.fakes.directoryLister.onList = nullptr;
+        f.create(u"FERME"_qs);
+        QVERIFY(QFile::exists(f.archive(f.data.archiveFolders().first(), u"FERME.lst"_qs)));
+        QVERIFY(f.noticeShown());
     }
 
     void anEmptyMediumWritesNothing()

@@ -14,6 +14,9 @@
 #include <QTest>
 #include <QThread>
 
+#include <algorithm>
+#include <functional>
+
 #include <sys/stat.h>
 
 namespace {
@@ -45,13 +48,15 @@ QList<Drive> cdAt(const QString &mountPoint)
 class RemovingLister final : public DirectoryLister
 {
 public:
-    bool list(const QByteArray &path, bool isRoot, DirectoryListing &entries) override
+    Result open(const QByteArray &path, bool isRoot, DirectoryListing &entries) override
     {
-        const bool ok = real.list(path, isRoot, entries);
-        if (isRoot)
-            QDir(QFile::decodeName(toRemove)).removeRecursively();
-        return ok;
+        const Result result = real.open(path, isRoot, entries);
+        QDir(QFile::decodeName(toRemove)).removeRecursively();
+        return result;
     }
+    Result enter(QByteArrayView name, DirectoryListing &entries) override { return real.enter(name, entries); }
+    void leave() override { real.leave(); }
+    void close() override { real.close(); }
     LinuxDirectoryLister real;
     QByteArray toRemove;
 };
@@ -396,19 +401,84 @@ private slots:
         QVERIFY(::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0) == 0);
 
         FakeDrives drives = cdAt(dir.path());
-        RemovingLister lister;
-        lister.toRemove = QFile::encodeName(root.filePath(u"Gone"_qs));
+        LinuxDirectoryLister lister;
         FileFinder finder(drives, lister);
         search(finder);
-        ::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0755);
-
         QList<QByteArray> expected = {"d:\\Gone", "d:\\JEUX", "d:\\Locked", "d:\\\xE9t\xE9 2001.txt",
-                                      "d:\\JEUX\\.", "d:\\JEUX\\..", "d:\\JEUX\\CASSE.EXE", "d:\\JEUX\\SUB",
-                                      "d:\\JEUX\\SUB\\.", "d:\\JEUX\\SUB\\..", "d:\\JEUX\\SUB\\loop"};
+                                      "d:\\Gone\\.", "d:\\Gone\\..", "d:\\Gone\\x", "d:\\Gone\\x\\.",
+                                      "d:\\Gone\\x\\..", "d:\\JEUX\\.", "d:\\JEUX\\..", "d:\\JEUX\\CASSE.EXE",
+                                      "d:\\JEUX\\SUB", "d:\\JEUX\\SUB\\.", "d:\\JEUX\\SUB\\..", "d:\\JEUX\\SUB\\loop"};
         if (::geteuid() == 0) // root reads what is locked
             expected += {"d:\\Locked\\.", "d:\\Locked\\..", "d:\\Locked\\inner", "d:\\Locked\\inner\\.",
                          "d:\\Locked\\inner\\.."};
         QCOMPARE(results(finder), expected);
+        QVERIFY(!finder.failed());
+
+        // A directory listed, then gone when the walk comes to it: the medium went away.
+        RemovingLister removing;
+        removing.toRemove = QFile::encodeName(root.filePath(u"Gone"_qs));
+        FileFinder broken(drives, removing);
+        search(broken);
+        ::chmod(QFile::encodeName(root.filePath(u"Locked"_qs)).constData(), 0755);
+        QVERIFY(broken.failed());
+        QCOMPARE(results(broken), expected.first(4));
+    }
+
+    void aMediumGoneMidWalkFailsAndStopsThere()
+    {
+        FakeDrives drives = cdAt(u"/cd"_qs);
+        FakeDirectoryLister lister;
+        lister.set("/cd/", {{"A", true}, {"B", true}, {"C", true}});
+        lister.set("/cd/A/", {{"X"}});
+        lister.set("/cd/C/", {{"Z"}});
+        lister.outcomes.insert("/cd/B/", DirectoryLister::Result::Failed); // ENOTCONN, EIO, ENOENT
+        FileFinder finder(drives, lister);
+        search(finder);
+        QVERIFY(finder.failed());
+        QCOMPARE(results(finder), (QList<QByteArray>{"d:\\A", "d:\\B", "d:\\C", "d:\\A\\.", "d:\\A\\..",
+                                                     "d:\\A\\X"}));
+        QVERIFY(!lister.listed.contains("/cd/C/"));
+        QVERIFY(!finder.State());
+        QVERIFY(!lister.walking); // the medium is let go
+
+        // Lack of permission is no failure; a new walk forgets the last one's.
+        lister.outcomes.insert("/cd/B/", DirectoryLister::Result::Denied);
+        search(finder);
+        QVERIFY(!finder.failed());
+        QCOMPARE(finder.count(), 9);
+        QVERIFY(lister.current.isEmpty());
+    }
+
+    // A real tree whose deepest paths pass 4096 bytes, walked with a few descriptors at a time,
+    // in the order of a walk by full paths (checked on the shallow part, which full paths reach).
+    void walksATreeDeeperThan4096Bytes()
+    {
+        QTemporaryDir dir;
+        const QByteArray name(120, 'n');
+        constexpr int depth = 40; // 40 x 121 bytes
+        QVERIFY(TestSupport::makeDeepChain(dir.path(), name, depth));
+        QList<QByteArray> expected;
+        const std::function<void(const QByteArray &, int)> walk = [&](const QByteArray &path, int level) {
+            if (level > 0)
+                expected += {path + ".", path + ".."};
+            expected += path + "f.txt";
+            if (level < depth)
+                expected += path + name;
+            expected += path + "z";
+            if (level < depth)
+                walk(path + name + "\\", level + 1);
+            expected += {path + "z\\.", path + "z\\.."};
+        };
+        walk("d:\\", 0);
+
+        FakeDrives drives = cdAt(dir.path());
+        LinuxDirectoryLister lister(4);
+        FileFinder finder(drives, lister);
+        search(finder);
+        QVERIFY(!finder.failed());
+        QCOMPARE(results(finder), expected);
+        QVERIFY(std::ranges::any_of(expected, [](const QByteArray &path) { return path.size() > 4096; }));
+        QCOMPARE(lister.openDirectories(), 0);
     }
 };
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -21,6 +22,18 @@ QStringList names(const DirectoryListing &entries)
     for (qsizetype i = 0; i < entries.size(); ++i)
         out.append(QString::fromLatin1(entries.archiveName(i)) + (entries.isDirectory(i) ? u"/"_qs : QString()));
     return out;
+}
+
+bool listed(LinuxDirectoryLister &lister, const QByteArray &path, bool isRoot, DirectoryListing &entries)
+{
+    const bool ok = lister.open(path, isRoot, entries) == DirectoryLister::Result::Listed;
+    lister.close();
+    return ok;
+}
+
+int openDescriptors()
+{
+    return int(QDir(u"/proc/self/fd"_qs).entryList(QDir::Files | QDir::System).size());
 }
 
 } // namespace
@@ -41,11 +54,11 @@ private slots:
 
         LinuxDirectoryLister lister;
         DirectoryListing entries;
-        QVERIFY(lister.list(QFile::encodeName(dir.path()), true, entries));
+        QVERIFY(listed(lister, QFile::encodeName(dir.path()), true, entries));
         QCOMPARE(names(entries), (QStringList{u".cache/"_qs, u"Autorun.inf"_qs, u"B"_qs, u"b"_qs, u"JEUX/"_qs,
                                               u"LISEZMOI.TXT"_qs, u"setup.exe"_qs}));
 
-        QVERIFY(lister.list(QFile::encodeName(root.filePath(u"JEUX"_qs)), false, entries));
+        QVERIFY(listed(lister, QFile::encodeName(root.filePath(u"JEUX"_qs)), false, entries));
         QCOMPARE(names(entries), (QStringList{u"./"_qs, u"../"_qs}));
     }
 
@@ -58,7 +71,7 @@ private slots:
         QVERIFY(QFile::link(root.filePath(u"nowhere"_qs), root.filePath(u"dangling"_qs)));
         LinuxDirectoryLister lister;
         DirectoryListing entries;
-        QVERIFY(lister.list(QFile::encodeName(dir.path()), true, entries));
+        QVERIFY(listed(lister, QFile::encodeName(dir.path()), true, entries));
         QCOMPARE(names(entries), (QStringList{u"dangling"_qs, u"loop"_qs, u"real/"_qs}));
     }
 
@@ -74,7 +87,7 @@ private slots:
         }
         LinuxDirectoryLister lister;
         DirectoryListing entries;
-        QVERIFY(lister.list(base, true, entries));
+        QVERIFY(listed(lister, base, true, entries));
         QCOMPARE(names(entries), (QStringList{u"bad?"_qs, QString::fromLatin1("caf\xE9.txt"),
                                               u"say ?hi?"_qs, u"two?lines"_qs}));
         for (qsizetype i = 0; i < entries.size(); ++i)
@@ -109,10 +122,81 @@ private slots:
         LinuxDirectoryLister lister;
         DirectoryListing entries;
         entries.add("stale", false);
-        QVERIFY(!lister.list(QFile::encodeName(dir.filePath(u"missing"_qs)), false, entries));
+        QVERIFY(!listed(lister, QFile::encodeName(dir.filePath(u"missing"_qs)), false, entries));
         QVERIFY(entries.isEmpty());
-        QVERIFY(!lister.list(QFile::encodeName(dir.filePath(u"file"_qs)), false, entries));
+        QVERIFY(!listed(lister, QFile::encodeName(dir.filePath(u"file"_qs)), false, entries));
         QVERIFY(entries.isEmpty());
+    }
+
+    // Going down by names relative to the parent, past 4096 bytes, with a few descriptors: the
+    // parents let go are opened again by ".." on the way up.
+    void goesAnyDepthHoldingFewDirectories()
+    {
+        QTemporaryDir dir;
+        const QByteArray name(200, 'n');
+        constexpr int depth = 30; // 30 x 201 bytes
+        QVERIFY(TestSupport::makeDeepChain(dir.path(), name, depth));
+        const int before = openDescriptors();
+        {
+            LinuxDirectoryLister lister(3);
+            DirectoryListing entries;
+            QCOMPARE(lister.open(QFile::encodeName(dir.path()), true, entries), DirectoryLister::Result::Listed);
+            for (int level = 1; level <= depth; ++level) {
+                QCOMPARE(lister.enter(name, entries), DirectoryLister::Result::Listed);
+                QVERIFY(lister.openDirectories() <= 3);
+            }
+            QCOMPARE(names(entries), (QStringList{u"./"_qs, u"../"_qs, u"f.txt"_qs, u"z/"_qs}));
+            for (int level = depth; level >= 1; --level) {
+                lister.leave();
+                QCOMPARE(lister.enter("z", entries), DirectoryLister::Result::Listed);
+                lister.leave();
+                QVERIFY(lister.openDirectories() <= 3);
+            }
+            QCOMPARE(lister.enter(name, entries), DirectoryLister::Result::Listed);
+        } // the lister's end lets go of everything
+        QCOMPARE(openDescriptors(), before);
+    }
+
+    void aDirectoryGoneOrChangedFailsOneLockedIsDenied()
+    {
+        QTemporaryDir dir;
+        QDir root(dir.path());
+        for (const QString &path : {u"gone"_qs, u"file"_qs, u"link"_qs, u"moved/child"_qs, u"other"_qs, u"locked"_qs})
+            QVERIFY(root.mkpath(path));
+        LinuxDirectoryLister lister(1);
+        DirectoryListing entries;
+        QCOMPARE(lister.open(QFile::encodeName(dir.path()), true, entries), DirectoryLister::Result::Listed);
+        // Changed since the root was listed.
+        QVERIFY(root.rmdir(u"gone"_qs));
+        QVERIFY(root.rmdir(u"file"_qs) && TestSupport::writeFile(root.filePath(u"file"_qs), "x"));
+        QVERIFY(root.rmdir(u"link"_qs) && QFile::link(root.filePath(u"other"_qs), root.filePath(u"link"_qs)));
+        entries.add("stale", false);
+        QCOMPARE(lister.enter("gone", entries), DirectoryLister::Result::Failed);
+        QVERIFY(entries.isEmpty());
+        QCOMPARE(lister.enter("file", entries), DirectoryLister::Result::Failed);
+        QCOMPARE(lister.enter("link", entries), DirectoryLister::Result::Failed);
+        QCOMPARE(lister.enter("other", entries), DirectoryLister::Result::Listed);
+        lister.leave();
+
+        // A directory moved elsewhere while the walk is inside it: its ".." is no longer the parent
+        // the walk let go of.
+        QCOMPARE(lister.enter("moved", entries), DirectoryLister::Result::Listed);
+        QCOMPARE(lister.enter("child", entries), DirectoryLister::Result::Listed);
+        QCOMPARE(lister.openDirectories(), 1);
+        QVERIFY(root.rename(u"moved/child"_qs, u"other/child"_qs));
+        lister.leave();
+        QCOMPARE(lister.enter("anything", entries), DirectoryLister::Result::Failed);
+        QCOMPARE(lister.openDirectories(), 0);
+
+        if (::geteuid() == 0) {
+            qInfo("running as root, which reads every directory: the permission case is not tried");
+            return;
+        }
+        QVERIFY(::chmod(QFile::encodeName(root.filePath(u"locked"_qs)).constData(), 0) == 0);
+        QCOMPARE(lister.open(QFile::encodeName(dir.path()), true, entries), DirectoryLister::Result::Listed);
+        QCOMPARE(lister.enter("locked", entries), DirectoryLister::Result::Denied);
+        QCOMPARE(lister.enter("other", entries), DirectoryLister::Result::Listed);
+        ::chmod(QFile::encodeName(root.filePath(u"locked"_qs)).constData(), 0755);
     }
 };
 

@@ -58,6 +58,9 @@ private slots:
         QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << QByteArray("??");
         QTest::newRow("encoded surrogate") << QByteArray("\xED\xA0\x80x") << QByteArray("???x");
         QTest::newRow("four bytes") << QByteArray("\xF0\x9F\x98\x80!") << QByteArray("?!");
+        QTest::newRow("lead bytes that never begin a sequence")
+            << QByteArray("\xF5\x80\x80|\xF8\x88\x80\x80\x80|\xFF\xBF\xBF|\xC1\xBF") << QByteArray("???|?????|???|??");
+        QTest::newRow("lone continuation bytes") << QByteArray("\x80\xBFok") << QByteArray("??ok");
         QTest::newRow("euro and oe") << QByteArray("\xE2\x82\xAC\xC5\x93") << QByteArray("\x80\x9C");
     }
 

@@ -1,5 +1,7 @@
 // The capture benchmark's program:
 //   capture_bench generate TREE [ENTRIES]  makes a tree whose walk records exactly ENTRIES lines
+//   capture_bench pairs TREE OUTDIR WALK RUNS times `find TREE -fprint` and `WALK TREE OUTDIR` as
+//                                          whole processes, one after the other, RUNS pairs
 //   capture_bench window TREE DATADIR RUNS times the creation window's scan against the bare walk
 #include "archivefile.h"
 #include "createarchiveform.h"
@@ -27,6 +29,13 @@
 #include <ctime>
 #include <cstdio>
 #include <vector>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+extern char **environ;
 
 namespace {
 
@@ -96,6 +105,92 @@ double median(std::vector<double> values)
     std::sort(values.begin(), values.end());
     const size_t n = values.size();
     return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+}
+
+struct ProcessTime
+{
+    double wallMs = -1; // -1: the process could not be run or failed
+    double cpuMs = 0;   // user and system
+};
+
+// Runs a command to its end, its output to /dev/null, and times it from spawn to exit.
+ProcessTime timeProcess(const std::vector<QByteArray> &command)
+{
+    std::vector<char *> argv;
+    for (const QByteArray &arg : command)
+        argv.push_back(const_cast<char *>(arg.constData()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    ProcessTime time;
+    timespec start, end;
+    clock_gettime(CLOCK_MONOTONIC, &start);
+    pid_t pid = 0;
+    const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0)
+        return time;
+    int status = 0;
+    rusage usage{};
+    // Any exit counts: the walk tool says 1 for an empty folder, which is timed for its start-up.
+    if (wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status))
+        return time;
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    time.wallMs = (end.tv_sec - start.tv_sec) * 1e3 + (end.tv_nsec - start.tv_nsec) / 1e6;
+    time.cpuMs = (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3
+                 + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
+    return time;
+}
+
+struct PairStats
+{
+    double findMs, walkMs, wallRatio, cpuRatio;
+};
+
+// `runs` pairs, find then the walk, after three pairs not counted: the medians of each side and of
+// the pair-by-pair ratios, so that a change in the machine's load touches both sides of a pair.
+bool timePairs(const QByteArray &tree, const QByteArray &out, const QByteArray &walk, int runs, PairStats &stats)
+{
+    const std::vector<QByteArray> find = {"find", tree, "-fprint", out + "/find.txt"};
+    const std::vector<QByteArray> walker = {walk, tree, out};
+    std::vector<double> finds, walks, wallRatios, cpuRatios;
+    for (int run = -3; run < runs; ++run) {
+        const ProcessTime a = timeProcess(find);
+        const ProcessTime b = timeProcess(walker);
+        if (a.wallMs < 0 || b.wallMs < 0)
+            return false;
+        if (run < 0)
+            continue;
+        finds.push_back(a.wallMs);
+        walks.push_back(b.wallMs);
+        wallRatios.push_back(b.wallMs / a.wallMs);
+        cpuRatios.push_back(a.cpuMs > 0 ? b.cpuMs / a.cpuMs : 1);
+    }
+    stats = {median(finds), median(walks), median(wallRatios), median(cpuRatios)};
+    return true;
+}
+
+// The walk tool against find, whole processes interleaved, on the tree and on an empty folder
+// (what starting each process costs).
+int pairs(const QString &tree, const QString &out, const QString &walk, int runs)
+{
+    const QString empty = out + QStringLiteral("/empty");
+    QDir().mkpath(empty);
+    PairStats full{}, start{};
+    if (!timePairs(QFile::encodeName(tree), QFile::encodeName(out), QFile::encodeName(walk), runs, full)
+        || !timePairs(QFile::encodeName(empty), QFile::encodeName(out), QFile::encodeName(walk), runs, start)) {
+        std::fprintf(stderr, "find or the walk tool failed\n");
+        return 1;
+    }
+    std::printf("%d pairs, whole processes, find then the walk\n", runs);
+    std::printf("find -fprint:        median %.2f ms (empty folder %.2f ms)\n", full.findMs, start.findMs);
+    std::printf("walk and archive:    median %.2f ms (empty folder %.2f ms)\n", full.walkMs, start.walkMs);
+    std::printf("walk / find, median of pair ratios: %.3f wall, %.3f CPU\n", full.wallRatio, full.cpuRatio);
+    std::printf("net of start-up (medians less the empty folder's): %.3f\n",
+                (full.walkMs - start.walkMs) / (full.findMs - start.findMs));
+    return 0;
 }
 
 // In one process, alternately: the bare walk and write, and the window's whole scan from the
@@ -171,10 +266,13 @@ int main(int argc, char **argv)
     }();
     if (args.size() >= 2 && args[0] == QLatin1String("generate"))
         return generate(args[1], args.size() > 2 ? args[2].toInt() : FileFinder::kMaxEntries);
+    if (args.size() >= 4 && args[0] == QLatin1String("pairs"))
+        return pairs(args[1], args[2], args[3], args.size() > 4 ? args[4].toInt() : 30);
     if (args.size() >= 3 && args[0] == QLatin1String("window")) {
         QApplication app(argc, argv);
         return window(args[1], args[2], args.size() > 3 ? args[3].toInt() : 15);
     }
-    std::fprintf(stderr, "usage: capture_bench generate TREE [ENTRIES] | window TREE DATADIR [RUNS]\n");
+    std::fprintf(stderr, "usage: capture_bench generate TREE [ENTRIES] | pairs TREE OUTDIR WALK [RUNS]"
+                         " | window TREE DATADIR [RUNS]\n");
     return 2;
 }

@@ -30,6 +30,11 @@ struct PdfWord
 // The words of a PDF with their boxes (pdftotext -bbox); empty when pdftotext is missing.
 QList<PdfWord> pdfWords(const QString &pdfPath);
 
+// Makes `depth` nested directories named `name` under `root`, each level (the root too) holding
+// the file f.txt and the empty directory z. Made with openat, as no full path reaches the deepest
+// when they pass 4096 bytes.
+bool makeDeepChain(const QString &root, const QByteArray &name, int depth);
+
 // Whether a command is on the PATH.
 bool haveProgram(const QString &name);
 
