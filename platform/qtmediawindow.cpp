@@ -50,6 +50,8 @@ QtMediaWindow::QtMediaWindow(QWidget *parent)
     connect(m_player, &QMediaPlayer::playbackStateChanged, this, &QtMediaWindow::showState);
     connect(m_player, &QMediaPlayer::durationChanged, this, &QtMediaWindow::showDuration);
     connect(m_player, &QMediaPlayer::positionChanged, this, &QtMediaWindow::showPosition);
+    // A sound has no picture: the video area (a native window that nobody paints then) goes.
+    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &QtMediaWindow::showVideoArea);
     // A move of the slider by the user seeks; the player's own moves are not sought back.
     connect(m_position, &QSlider::sliderMoved, m_player, [this](int position) { m_player->setPosition(position); });
     connect(m_position, &QSlider::actionTriggered, this, [this] {
@@ -70,10 +72,20 @@ void QtMediaWindow::play(const QString &localPath)
     m_path->setText(localPath);
     m_position->setValue(0);
     m_player->setSource(QUrl::fromLocalFile(localPath));
+    showVideoArea(m_player->hasVideo());
     show();
     raise();
     activateWindow();
     m_player->play();
+}
+
+void QtMediaWindow::showVideoArea(bool hasVideo)
+{
+    m_video->setVisible(hasVideo);
+    if (hasVideo)
+        resize(width(), std::max(height(), 420));
+    else
+        resize(width(), minimumSizeHint().height()); // the controls and the path only
 }
 
 void QtMediaWindow::togglePlaying()

@@ -31,6 +31,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void showVideoArea(bool hasVideo);
     void togglePlaying();
     void showState();
     void showDuration(qint64 duration);

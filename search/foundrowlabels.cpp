@@ -33,9 +33,8 @@ QLabel *FoundRowLabels::addLabel(const QString &objectName, const QString &capti
     label->setTextFormat(Qt::PlainText);
     if (caption.isEmpty())
         return label;
-    auto *captionLabel = new QLabel(caption + u" :"_qs, this);
-    captionLabel->setBuddy(label);
-    static_cast<QFormLayout *>(layout())->addRow(captionLabel, label);
+    // No buddy: a screen reader names the value label by the caption instead of its value.
+    static_cast<QFormLayout *>(layout())->addRow(new QLabel(caption + u" :"_qs, this), label);
     return label;
 }
 

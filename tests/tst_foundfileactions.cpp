@@ -208,40 +208,16 @@ private slots:
         QCOMPARE(FoundFileActions::classRefusal(C::Icons, 1, u"1"_qs, u"EMF"_qs), QString());
     }
 
-    void copyAsksThenReplacesWhole()
+    // The window's test copies for real (Yes, read-only target, onto itself); here the No.
+    void copyAnsweredNoCopiesNothing()
     {
         Fixture f;
         QTemporaryDir target;
         f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
-
-        QVERIFY(!f.actions.askCopyDirectory()); // cancelled
-        QCOMPARE(f.services.dialogs.messages(), QStringList{u"<Annuler> a été activé"_qs});
-
-        QCOMPARE(f.actions.copyInto(f.row, target.path()), QString()); // No
-        QCOMPARE(f.services.dialogs.shown.last().text,
-                 u"Etes-vous sûr de vouloir copier  D:\\DOC\\README.TXT dans le répertoire "_qs + target.path() + u" ?"_qs);
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), QString());
         QCOMPARE(f.services.dialogs.shown.last().title, u"Copie d'un fichier"_qs);
         QCOMPARE(f.services.dialogs.shown.last().help.context, 1000);
         QVERIFY(QDir(target.path()).isEmpty());
-
-        // Yes: the name after the last backslash, replacing a file there.
-        const QString copy = target.filePath(u"README.TXT"_qs);
-        TestSupport::writeFile(copy, "an older, longer content");
-        f.services.dialogs.answers = {Answer::Yes};
-        QCOMPARE(f.actions.copyInto(f.row, target.path()), copy);
-        QCOMPARE(TestSupport::readFile(copy), QByteArray("lisez-moi"));
-
-        // A read-only target is refused and keeps its content.
-        TestSupport::writeFile(copy, "protected");
-        QFile::setPermissions(copy, QFile::ReadOwner | QFile::ReadUser);
-        f.services.dialogs.answers = {Answer::Yes};
-        QCOMPARE(f.actions.copyInto(f.row, target.path()), copy);
-        QCOMPARE(TestSupport::readFile(copy), QByteArray("protected"));
-
-        // Onto itself: the content stays whole.
-        f.services.dialogs.answers = {Answer::Yes};
-        QCOMPARE(f.actions.copyInto(f.row, f.onDisc(u"Doc"_qs)), f.onDisc(u"Doc/README.TXT"_qs));
-        QCOMPARE(TestSupport::readFile(f.onDisc(u"Doc/ReadMe.txt"_qs)), QByteArray("lisez-moi"));
     }
 };
 

@@ -187,6 +187,7 @@ private slots:
         QVERIFY(played.ended);
         QVERIFY2(played.frames >= 5, qPrintable(QString::number(played.frames)));
         QCOMPARE(window.findChild<QLabel *>(u"path"_qs)->text(), path);
+        QVERIFY(!window.videoWidget()->isHidden());
         QVERIFY(window.isVisible());
 
         // Closing the window stops the playing.
@@ -208,6 +209,7 @@ private slots:
         QCOMPARE(played.error, QMediaPlayer::NoError);
         QVERIFY(played.ended);
         QCOMPARE(played.frames, 0);
+        QVERIFY(window.videoWidget()->isHidden());
         QCOMPARE(playPause->text(), u"Lecture"_qs);
 
         // Play/pause drives the player.
