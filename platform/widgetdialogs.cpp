@@ -39,9 +39,17 @@ private:
 
 QWidget *dialogOwner()
 {
-    if (QWidget *modal = QApplication::activeModalWidget())
-        return modal;
-    return QApplication::activeWindow();
+    QWidget *active = QApplication::activeWindow();
+    QWidget *modal = QApplication::activeModalWidget();
+    if (!modal)
+        return active;
+    // A window opened from the modal one (a viewer over the search window) is not blocked by it:
+    // the box belongs to it, so that closing the box brings that window back, not the modal one.
+    for (QWidget *owner = active; owner; owner = owner->parentWidget()) {
+        if (owner == modal)
+            return active;
+    }
+    return modal;
 }
 
 WidgetDialogs::WidgetDialogs(Launcher &helpOpener, QString applicationTitle)

@@ -30,5 +30,6 @@ public:
     std::optional<QString> pickFolder() override;
 };
 
-// The window that owns a dialog opened now: the active modal window, else the active window.
+// The window that owns a dialog opened now: the active window when the modal one does not block
+// it (none, or a window opened from the modal one), else the modal one.
 QWidget *dialogOwner();

@@ -2,6 +2,7 @@
 #include "widgetdialogs.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QInputDialog>
 #include <QLibraryInfo>
 #include <QLineEdit>
@@ -95,6 +96,35 @@ private slots:
         QCOMPARE(title, u"Kalvex2"_qs);
         QCOMPARE(text, u"Nom trop long (8 caractères maxi)"_qs);
         QCOMPARE(buttons, 1);
+    }
+
+    // A viewer opened over the application-modal search window is not blocked by it: a box
+    // opened from the viewer belongs to the viewer, so closing it gives the viewer back.
+    void aBoxBelongsToTheActiveWindowOverTheModalOne()
+    {
+        FakeLauncher launcher;
+        WidgetDialogs dialogs(launcher, u"Kalvex2"_qs);
+        QDialog search;
+        search.setWindowModality(Qt::ApplicationModal);
+        search.show();
+        QDialog viewer(&search);
+        viewer.show();
+        viewer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&viewer));
+        QCOMPARE(dialogOwner(), &viewer);
+        QWidget *owner = nullptr;
+        whenBoxOpens<QMessageBox>([&](QMessageBox *box) {
+            owner = box->parentWidget();
+            box->button(QMessageBox::Ok)->click();
+        });
+        dialogs.message(u"Copie"_qs);
+        QCOMPARE(owner, &viewer);
+
+        // A window the modal one blocks never owns a box.
+        QDialog other;
+        other.show();
+        QApplication::setActiveWindow(&other);
+        QCOMPARE(dialogOwner(), &search);
     }
 
     void inputGivesTheTextOrEmptyOnCancel()
