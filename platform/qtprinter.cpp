@@ -14,7 +14,8 @@ QtPrinter::QtPrinter()
 
 bool QtPrinter::choosePrinter()
 {
-    QPrintDialog dialog(&m_printer, dialogOwner());
+    const DialogOwner owner;
+    QPrintDialog dialog(&m_printer, owner.widget());
     return dialog.exec() == QDialog::Accepted;
 }
 
@@ -22,7 +23,8 @@ PrinterFont QtPrinter::chooseFont(int flags)
 {
     Q_UNUSED(flags) // Qt's font dialog lists every font the screen and the printer can use
     bool ok = false;
-    const QFont font = QFontDialog::getFont(&ok, QFont(QStringLiteral("Sans Serif"), 10), dialogOwner());
+    const DialogOwner owner;
+    const QFont font = QFontDialog::getFont(&ok, QFont(QStringLiteral("Sans Serif"), 10), owner.widget());
     if (!ok)
         return {};
     return {font.family(), font.pointSizeF(), font.bold(), font.italic()};
@@ -30,6 +32,7 @@ PrinterFont QtPrinter::chooseFont(int flags)
 
 QColor QtPrinter::chooseColour()
 {
-    const QColor colour = QColorDialog::getColor(Qt::black, dialogOwner());
+    const DialogOwner owner;
+    const QColor colour = QColorDialog::getColor(Qt::black, owner.widget());
     return colour.isValid() ? colour : QColor(Qt::black);
 }

@@ -52,6 +52,19 @@ QWidget *dialogOwner()
     return modal;
 }
 
+DialogOwner::DialogOwner()
+    : m_owner(dialogOwner())
+{
+}
+
+DialogOwner::~DialogOwner()
+{
+    if (m_owner && m_owner->isVisible() && m_owner != QApplication::activeModalWidget()) {
+        m_owner->raise();
+        m_owner->activateWindow();
+    }
+}
+
 WidgetDialogs::WidgetDialogs(Launcher &helpOpener, QString applicationTitle)
     : m_helpOpener(helpOpener)
     , m_applicationTitle(std::move(applicationTitle))
@@ -65,14 +78,16 @@ QString WidgetDialogs::titleOrApplication(const QString &title) const
 
 void WidgetDialogs::message(const QString &text, const QString &title)
 {
-    QMessageBox box(QMessageBox::NoIcon, titleOrApplication(title), text, QMessageBox::Ok, dialogOwner());
+    const DialogOwner owner;
+    QMessageBox box(QMessageBox::NoIcon, titleOrApplication(title), text, QMessageBox::Ok, owner.widget());
     box.exec();
 }
 
 Answer WidgetDialogs::question(const QString &text, const QString &title, const HelpTopic &help)
 {
+    const DialogOwner owner;
     QMessageBox box(QMessageBox::Critical, titleOrApplication(title), text,
-                    QMessageBox::Yes | QMessageBox::No, dialogOwner());
+                    QMessageBox::Yes | QMessageBox::No, owner.widget());
     box.setDefaultButton(QMessageBox::No);
     box.setEscapeButton(QMessageBox::No);
     HelpKeyFilter helpKey(m_helpOpener, help);
@@ -83,7 +98,8 @@ Answer WidgetDialogs::question(const QString &text, const QString &title, const 
 QString WidgetDialogs::input(const QString &prompt, const QString &title, const QString &initial)
 {
     bool ok = false;
-    const QString answer = QInputDialog::getText(dialogOwner(), titleOrApplication(title), prompt,
+    const DialogOwner owner;
+    const QString answer = QInputDialog::getText(owner.widget(), titleOrApplication(title), prompt,
                                                  QLineEdit::Normal, initial, &ok);
     return ok ? answer : QString();
 }
@@ -95,7 +111,8 @@ void WidgetDialogs::beep()
 
 std::optional<QString> WidgetFolderPicker::pickFolder()
 {
-    const QString folder = QFileDialog::getExistingDirectory(dialogOwner(), QString(), QString(),
+    const DialogOwner owner;
+    const QString folder = QFileDialog::getExistingDirectory(owner.widget(), QString(), QString(),
                                                              QFileDialog::ShowDirsOnly);
     if (folder.isEmpty())
         return std::nullopt;

@@ -3,8 +3,10 @@
 #include "dialogs.h"
 #include "folderpicker.h"
 
+#include <QPointer>
+#include <QWidget>
+
 class Launcher;
-class QWidget;
 
 // Message, question and input boxes as Qt's standard dialogs, owned by the active window.
 class WidgetDialogs final : public Dialogs
@@ -33,3 +35,20 @@ public:
 // The window that owns a dialog opened now: the active window when the modal one does not block
 // it (none, or a window opened from the modal one), else the modal one.
 QWidget *dialogOwner();
+
+// Holds the owner of a dialog while it is open, and gives that window the focus back when the
+// dialog is over: Qt would activate the application-modal window instead, and a viewer opened
+// over it would vanish behind it.
+class DialogOwner
+{
+public:
+    DialogOwner();
+    ~DialogOwner();
+    DialogOwner(const DialogOwner &) = delete;
+    DialogOwner &operator=(const DialogOwner &) = delete;
+
+    QWidget *widget() const { return m_owner; }
+
+private:
+    QPointer<QWidget> m_owner;
+};

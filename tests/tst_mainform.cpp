@@ -17,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 #include <QToolButton>
 
 namespace {
@@ -232,6 +233,8 @@ private slots:
         auto *viewer = search->findChild<ImageViewerForm *>();
         QVERIFY(viewer && viewer->isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(viewer));
+        // The window manager keeps it over the search window, whatever boxes come and go.
+        QCOMPARE(viewer->windowHandle()->transientParent(), search->windowHandle());
         QVERIFY(started.fakes.dialogs.messages().isEmpty());
     }
 

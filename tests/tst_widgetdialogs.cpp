@@ -119,6 +119,8 @@ private slots:
         });
         dialogs.message(u"Copie"_qs);
         QCOMPARE(owner, &viewer);
+        QVERIFY(QTest::qWaitForWindowActive(&viewer));
+        QCOMPARE(QApplication::activeWindow(), &viewer);
 
         // A window the modal one blocks never owns a box.
         QDialog other;

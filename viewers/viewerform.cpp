@@ -24,6 +24,9 @@ ViewerForm::ViewerForm(FoundFiles &found, const Services &services, int longestD
     , m_pictures(services.pictures)
     , m_show(services.clock)
 {
+    // A dialog-type window is transient for the search window it is opened from, so the window
+    // manager keeps it above that window whatever boxes come and go.
+    setWindowFlags((windowFlags() & ~Qt::WindowType_Mask) | Qt::Dialog);
     m_layout = new QVBoxLayout(this);
 
     m_currentFile = new QLabel(this);
