@@ -4,7 +4,6 @@
 #include "windows1252.h"
 
 #include <algorithm>
-#include <QHash>
 
 #include <array>
 #include <cstdlib>
@@ -91,7 +90,23 @@ QByteArray SearchResults::fileName(qsizetype row) const
 QByteArray SearchResults::extension(qsizetype row) const
 {
     const Located at = locate(row);
-    return Windows1252::toUpper(extensionColumnOf(at.chunk->path(*at.row)));
+    // Only the file name is looked through for a dot (where it starts is known): a huge path is not.
+    const QByteArrayView path = at.chunk->path(*at.row);
+    if (!at.chunk->fileName(*at.row).contains('.'))
+        return QByteArray("   ");
+    return Windows1252::toUpper(path.last(std::min<qsizetype>(3, path.size())));
+}
+
+QByteArrayView SearchResults::storedPath(qsizetype row) const
+{
+    const Located at = locate(row);
+    return at.chunk->path(*at.row);
+}
+
+QByteArrayView SearchResults::storedFileName(qsizetype row) const
+{
+    const Located at = locate(row);
+    return at.chunk->fileName(*at.row);
 }
 
 QString SearchResults::archiveName(qsizetype row) const
@@ -164,7 +179,11 @@ struct SortEntry
 int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *table, quint32 from)
 {
     const quint32 common = std::min(a.length, b.length);
-    for (quint32 i = from; i < common; ++i) {
+    quint32 i = from;
+    // Bytes stored alike sort alike: long equal stretches (huge names) are passed eight at a time.
+    while (i + 8 <= common && std::memcmp(a.name + i, b.name + i, 8) == 0)
+        i += 8;
+    for (; i < common; ++i) {
         const unsigned char ca = table[static_cast<unsigned char>(a.name[i])];
         const unsigned char cb = table[static_cast<unsigned char>(b.name[i])];
         if (ca != cb)
@@ -173,38 +192,128 @@ int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *ta
     return a.length == b.length ? 0 : a.length < b.length ? -1 : 1;
 }
 
+// Whether two names read the same once upper-cased.
+bool sameShownName(QByteArrayView a, QByteArrayView b, const unsigned char *upper)
+{
+    if (a.size() != b.size())
+        return false;
+    if (std::memcmp(a.data(), b.data(), size_t(a.size())) == 0)
+        return true;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (upper[static_cast<unsigned char>(a[i])] != upper[static_cast<unsigned char>(b[i])])
+            return false;
+    }
+    return true;
+}
+
+quint64 hashOfShownName(QByteArrayView name, const unsigned char *upper)
+{
+    quint64 h = 0xcbf29ce484222325ull ^ quint64(name.size());
+    for (const char c : name)
+        h = (h ^ upper[static_cast<unsigned char>(c)]) * 0x100000001b3ull;
+    h ^= h >> 31;
+    h *= 0xbf58476d1ce4e5b9ull;
+    return h ^ (h >> 29);
+}
+
+// The distinct names of a result, as shown (upper-cased), by open addressing.
+class ShownNames
+{
+public:
+    explicit ShownNames(const unsigned char *upper)
+        : m_upper(upper)
+        , m_slots(1024, 0)
+    {
+    }
+
+    // The index of `name` among the distinct names; `added` tells whether it is new.
+    quint32 find(QByteArrayView name, std::vector<QByteArrayView> &names, bool &added)
+    {
+        const quint64 hash = hashOfShownName(name, m_upper);
+        size_t at = size_t(hash) & (m_slots.size() - 1);
+        for (; m_slots[at] != 0; at = (at + 1) & (m_slots.size() - 1)) {
+            const quint32 id = m_slots[at] - 1;
+            if (m_hashes[id] == hash && sameShownName(names[id], name, m_upper)) {
+                added = false;
+                return id;
+            }
+        }
+        added = true;
+        const auto id = quint32(names.size());
+        names.push_back(name);
+        m_hashes.push_back(hash);
+        m_slots[at] = id + 1;
+        if (m_hashes.size() * 2 > m_slots.size())
+            grow();
+        return id;
+    }
+
+private:
+    void grow()
+    {
+        m_slots.assign(m_slots.size() * 2, 0);
+        const size_t mask = m_slots.size() - 1;
+        for (size_t id = 0; id < m_hashes.size(); ++id) {
+            size_t at = size_t(m_hashes[id]) & mask;
+            while (m_slots[at] != 0)
+                at = (at + 1) & mask;
+            m_slots[at] = quint32(id + 1);
+        }
+    }
+
+    const unsigned char *m_upper;
+    std::vector<quint32> m_slots; // a name's index + 1; 0 for none
+    std::vector<quint64> m_hashes;
+};
+
 } // namespace
 
-std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks)
+std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                                                const std::atomic_bool *abandon)
 {
     static const std::array<unsigned char, 256> letters = makeSortLetters();
     const unsigned char *upper = Windows1252::upperTable();
 
-    // Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
-    // name): each distinct name is sorted once, then the rows are placed by their name's rank.
+    // Rows whose names read the same once upper-cased look alike in the view: they share one name
+    // and keep the order found. Results hold the same names many times (a file on many discs, every
+    // SETUP.EXE of a search by name): each distinct name is sorted once, then the rows are placed
+    // by their name's rank.
     size_t total = 0;
     for (const auto &chunk : chunks)
         total += chunk->rows.size();
     std::vector<quint32> nameOfRow;
     nameOfRow.reserve(total);
-    QHash<QByteArrayView, quint32> ids;
+    ShownNames shown(upper);
+    std::vector<QByteArrayView> distinct;
     std::vector<SortEntry> names;
+    const ResultRow *previous = nullptr;
     for (const auto &chunk : chunks) {
         for (const ResultRow &row : chunk->rows) {
+            // The rows of one path found several times (a string repeated in one name) follow one
+            // another and share its bytes: they take its name without reading it again, so a
+            // million rows of one huge name cost one reading of it.
+            if (previous && previous->path == row.path && previous->pathLength == row.pathLength
+                && previous->nameOffset == row.nameOffset) {
+                nameOfRow.push_back(nameOfRow.back());
+                continue;
+            }
+            previous = &row;
+            if ((nameOfRow.size() & 0xffff) == 0 && abandon && abandon->load(std::memory_order_relaxed))
+                return {};
             const QByteArrayView name = chunk->fileName(row);
-            auto at = ids.constFind(name);
-            if (at == ids.constEnd()) {
-                at = ids.insert(name, quint32(names.size()));
-                SortEntry entry{{}, name.data(), quint32(name.size()), quint32(names.size())};
+            bool added = false;
+            const quint32 id = shown.find(name, distinct, added);
+            if (added) {
+                SortEntry entry{{}, name.data(), quint32(name.size()), id};
                 const auto length = std::min<qsizetype>(kHeadLetters, name.size());
                 for (qsizetype i = 0; i < length; ++i)
                     entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
                 names.push_back(entry);
             }
-            nameOfRow.push_back(*at);
+            nameOfRow.push_back(id);
         }
     }
-    ids.clear();
+    distinct = {};
     std::sort(names.begin(), names.end(), [&](const SortEntry &a, const SortEntry &b) {
         for (int i = 0; i < kHeadWords; ++i) {
             if (a.head[i] != b.head[i])
