@@ -206,43 +206,54 @@ bool sameShownName(QByteArrayView a, QByteArrayView b, const unsigned char *uppe
     return true;
 }
 
-quint64 hashOfShownName(QByteArrayView name, const unsigned char *upper)
+// A name's hash from its first sort letters (already made for its key) and its other bytes
+// upper-cased; names that read the same once upper-cased hash alike.
+quint64 hashOfShownName(const SortEntry &entry, const unsigned char *upper)
 {
-    quint64 h = 0xcbf29ce484222325ull ^ quint64(name.size());
-    for (const char c : name)
-        h = (h ^ upper[static_cast<unsigned char>(c)]) * 0x100000001b3ull;
+    quint64 h = quint64(entry.length) * 0x9e3779b97f4a7c15ull;
+    for (const quint64 word : entry.head)
+        h = (h ^ word) * 0xbf58476d1ce4e5b9ull;
+    for (quint32 i = kHeadLetters; i < entry.length; ++i)
+        h = (h ^ upper[static_cast<unsigned char>(entry.name[i])]) * 0x100000001b3ull;
     h ^= h >> 31;
-    h *= 0xbf58476d1ce4e5b9ull;
+    h *= 0x94d049bb133111ebull;
     return h ^ (h >> 29);
 }
 
-// The distinct names of a result, as shown (upper-cased), by open addressing.
+// The distinct names of a result, as shown (upper-cased), by open addressing. A slot holds a
+// name's index + 1 and the high half of its hash, so most probes read nothing else.
 class ShownNames
 {
 public:
-    explicit ShownNames(const unsigned char *upper)
+    ShownNames(const unsigned char *upper, size_t rows)
         : m_upper(upper)
-        , m_slots(1024, 0)
     {
+        size_t slotCount = 1024;
+        while (slotCount < rows / 2 && slotCount < (size_t(1) << 22))
+            slotCount *= 2;
+        m_slots.assign(slotCount, 0);
     }
 
-    // The index of `name` among the distinct names; `added` tells whether it is new.
-    quint32 find(QByteArrayView name, std::vector<QByteArrayView> &names, bool &added)
+    // The index of `entry`'s name among the distinct names in `names`, where it is added when new.
+    quint32 find(SortEntry &entry, std::vector<SortEntry> &names)
     {
-        const quint64 hash = hashOfShownName(name, m_upper);
-        size_t at = size_t(hash) & (m_slots.size() - 1);
-        for (; m_slots[at] != 0; at = (at + 1) & (m_slots.size() - 1)) {
-            const quint32 id = m_slots[at] - 1;
-            if (m_hashes[id] == hash && sameShownName(names[id], name, m_upper)) {
-                added = false;
+        const quint64 hash = hashOfShownName(entry, m_upper);
+        const quint64 tag = hash & ~quint64(0xffffffff);
+        const size_t mask = m_slots.size() - 1;
+        size_t at = size_t(hash) & mask;
+        for (; m_slots[at] != 0; at = (at + 1) & mask) {
+            if ((m_slots[at] & ~quint64(0xffffffff)) != tag)
+                continue;
+            const quint32 id = quint32(m_slots[at]) - 1;
+            const SortEntry &known = names[id];
+            if (sameShownName({known.name, known.length}, {entry.name, entry.length}, m_upper))
                 return id;
-            }
         }
-        added = true;
         const auto id = quint32(names.size());
-        names.push_back(name);
+        entry.row = id;
+        names.push_back(entry);
         m_hashes.push_back(hash);
-        m_slots[at] = id + 1;
+        m_slots[at] = tag | (id + 1);
         if (m_hashes.size() * 2 > m_slots.size())
             grow();
         return id;
@@ -257,12 +268,12 @@ private:
             size_t at = size_t(m_hashes[id]) & mask;
             while (m_slots[at] != 0)
                 at = (at + 1) & mask;
-            m_slots[at] = quint32(id + 1);
+            m_slots[at] = (m_hashes[id] & ~quint64(0xffffffff)) | (id + 1);
         }
     }
 
     const unsigned char *m_upper;
-    std::vector<quint32> m_slots; // a name's index + 1; 0 for none
+    std::vector<quint64> m_slots; // 0 for none
     std::vector<quint64> m_hashes;
 };
 
@@ -283,8 +294,7 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
         total += chunk->rows.size();
     std::vector<quint32> nameOfRow;
     nameOfRow.reserve(total);
-    ShownNames shown(upper);
-    std::vector<QByteArrayView> distinct;
+    ShownNames shown(upper, total);
     std::vector<SortEntry> names;
     const ResultRow *previous = nullptr;
     for (const auto &chunk : chunks) {
@@ -301,19 +311,19 @@ std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_pt
             if ((nameOfRow.size() & 0xffff) == 0 && abandon && abandon->load(std::memory_order_relaxed))
                 return {};
             const QByteArrayView name = chunk->fileName(row);
-            bool added = false;
-            const quint32 id = shown.find(name, distinct, added);
-            if (added) {
-                SortEntry entry{{}, name.data(), quint32(name.size()), id};
-                const auto length = std::min<qsizetype>(kHeadLetters, name.size());
-                for (qsizetype i = 0; i < length; ++i)
-                    entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
-                names.push_back(entry);
+            SortEntry entry{{}, name.data(), quint32(name.size()), 0};
+            const auto length = std::min<qsizetype>(kHeadLetters, name.size());
+            const auto *bytes = reinterpret_cast<const unsigned char *>(name.data());
+            for (qsizetype word = 0; word * 8 < length; ++word) {
+                const qsizetype end = std::min<qsizetype>(8, length - word * 8);
+                quint64 head = 0;
+                for (qsizetype i = 0; i < end; ++i)
+                    head |= quint64(letters[bytes[word * 8 + i]]) << (56 - 8 * i);
+                entry.head[word] = head;
             }
-            nameOfRow.push_back(id);
+            nameOfRow.push_back(shown.find(entry, names));
         }
     }
-    distinct = {};
     std::sort(names.begin(), names.end(), [&](const SortEntry &a, const SortEntry &b) {
         for (int i = 0; i < kHeadWords; ++i) {
             if (a.head[i] != b.head[i])
