@@ -64,6 +64,7 @@ void evict(const QStringList &files)
         const int fd = ::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC);
         if (fd < 0)
             continue;
+        ::fdatasync(fd); // dirty pages (a corpus just written) cannot be dropped
         ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
         ::close(fd);
     }
