@@ -21,9 +21,11 @@ bool ArchiveStream::next(QByteArrayView &lines)
         m_start = 0;
     }
     while (!m_atEnd) {
-        if (m_buffer.size() - m_end < m_chunk) {
-            // Doubling, so that a line of any length costs reads and copies in proportion to it.
-            m_buffer.resize(std::max(m_end + m_chunk, std::min(m_buffer.size() * 2, m_end + m_left)));
+        const qsizetype room = m_buffer.size() - m_end;
+        if (room < 1 || room < m_chunk / 2) {
+            // Doubling, so that a line of any length costs reads and copies in proportion to it
+            // (a line carried over from the last chunk alone does not make it grow).
+            m_buffer.resize(std::max(m_end + m_chunk, std::min(m_buffer.size() * 2, m_end + qsizetype(m_left))));
             data = m_buffer.data();
         }
         const qint64 want = std::min<qint64>(m_buffer.size() - m_end, m_left);
