@@ -1,9 +1,9 @@
 #include "tablefile.h"
 
 #include "archivefile.h"
+#include "regularfile.h"
 #include "windows1252.h"
 
-#include <QFile>
 #include <QSaveFile>
 
 namespace TableFile {
@@ -25,10 +25,12 @@ QStringList fields(QByteArrayView data)
 
 QStringList read(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return fields(file.readAll());
+    bool whole = false;
+    QByteArray data = readRegularFile(path, kMaxBytes, &whole);
+    // A table cut by the bound keeps its whole lines only.
+    if (!whole)
+        data.truncate(data.lastIndexOf('\n') + 1);
+    return fields(data);
 }
 
 QByteArray encode(const QStringList &lines)

@@ -13,7 +13,13 @@ namespace TableFile {
 // line, and its leading blanks are dropped. An empty line gives one empty field.
 QStringList fields(QByteArrayView data);
 
-// The fields of the file at `path`; a file that cannot be read gives none.
+// The most of a table that is read: far beyond any table a user keeps (about 100,000 lines), small
+// enough that a list of it fills in well under a second.
+inline constexpr qint64 kMaxBytes = qint64(4) << 20;
+
+// The fields of the file at `path`; a file that cannot be read, or that is not a regular file
+// (a FIFO, a device: a link to /dev/zero), gives none. Of a file larger than kMaxBytes only the
+// whole lines within that bound are read.
 QStringList read(const QString &path);
 
 QByteArray encode(const QStringList &lines);

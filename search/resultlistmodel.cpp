@@ -3,7 +3,24 @@
 #include "searchresults.h"
 #include "windows1252.h"
 
+#include "searchrules.h"
+
 #include <limits>
+
+namespace {
+
+// The most of a name or path a row shows: wider than any screen, so that a huge stored path (a
+// forged catalogue) is never upper-cased, decoded and laid out whole at every paint.
+constexpr qsizetype kShownBytes = 1024;
+
+QString shownText(QByteArrayView stored)
+{
+    if (stored.size() <= kShownBytes)
+        return Windows1252::decode(Windows1252::toUpper(stored));
+    return Windows1252::decode(Windows1252::toUpper(stored.first(kShownBytes))) + QChar(0x2026);
+}
+
+} // namespace
 
 ResultListModel::ResultListModel(const SearchResults &results, Column column, QObject *parent)
     : QAbstractListModel(parent)
@@ -30,15 +47,17 @@ QVariant ResultListModel::data(const QModelIndex &index, int role) const
     const int row = index.row();
     switch (m_column) {
     case Column::FileName:
-        return Windows1252::decode(m_results.fileName(row));
+        return shownText(m_results.storedFileName(row));
     case Column::Extension:
         return Windows1252::decode(m_results.extension(row));
     case Column::Archive:
         return m_results.archiveName(row);
     case Column::Path:
-        return Windows1252::decode(m_results.path(row));
-    case Column::Sorted:
-        return m_results.sortedRow(row);
+        return shownText(m_results.storedPath(row));
+    case Column::Sorted: {
+        const qsizetype found = m_results.sortedIndex(row);
+        return sortedRowText(shownText(m_results.storedFileName(found)), found);
+    }
     }
     return {};
 }

@@ -2,7 +2,8 @@
 
 #include "archivescanner.h"
 
-#include <QFile>
+#include "archivestream.h"
+#include "regularfile.h"
 
 QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
                                     const QList<bool> &selected)
@@ -27,6 +28,7 @@ SearchRun::SearchRun(SearchRequest request, QObject *parent)
 
 SearchRun::~SearchRun()
 {
+    m_abandoned.store(true);
     stop();
     wait();
 }
@@ -62,7 +64,7 @@ std::vector<quint32> SearchRun::takeSortedOrder()
 void SearchRun::work()
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
-    QByteArray buffer;
+    QByteArray buffer; // reused from archive to archive
     std::shared_ptr<PathBlock> block; // the one this thread fills
     size_t expectedRows = 0;
     for (;;) {
@@ -75,30 +77,20 @@ void SearchRun::work()
         chunk->rows.reserve(expectedRows + expectedRows / 8);
         if (block)
             chunk->blocks.push_back(block);
-        // An archive that cannot be opened or read gives no rows. Archives are mapped rather than
-        // copied (they are only ever replaced whole, never rewritten in place); read when that fails.
-        QFile file(m_request.archives[archive].filePath);
-        if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            const qint64 size = file.size();
-            uchar *mapped = size > 0 ? file.map(0, size) : nullptr;
-            QByteArrayView data;
-            if (mapped) {
-                data = QByteArrayView(mapped, size);
-            } else {
-                buffer.resize(size);
-                qint64 got = 0;
-                while (got < buffer.size()) {
-                    const qint64 n = file.read(buffer.data() + got, buffer.size() - got);
-                    if (n <= 0)
-                        break;
-                    got += n;
-                }
-                data = QByteArrayView(buffer).first(got);
+        // An archive that cannot be opened or read, or is not a regular file, gives no rows.
+        RegularFile file(m_request.archives[archive].filePath);
+        if (file.isOpen()) {
+            file.adviseSequential();
+            ArchiveStream stream(file, buffer, m_request.readChunk);
+            QByteArrayView lines;
+            while (!m_stop.load(std::memory_order_relaxed) && stream.next(lines)) {
+                // No archive holds more rows than the whole search may keep.
+                scanner.scan(lines, *chunk, m_request.rowLimit, &m_stop);
+                if (m_request.rowLimit > 0 && qsizetype(chunk->rows.size()) >= m_request.rowLimit)
+                    break;
+                if (m_request.afterChunk)
+                    m_request.afterChunk(archive, stream.bytesRead());
             }
-            // No archive holds more rows than the whole search may keep.
-            scanner.scan(data, *chunk, m_request.rowLimit, &m_stop);
-            if (mapped)
-                file.unmap(mapped);
         }
         expectedRows = chunk->rows.size();
         // Far fewer rows than room for them: the room is given back (a copy, so only then).
@@ -112,10 +104,17 @@ void SearchRun::work()
     }
 
     if (m_workersLeft.fetch_sub(1) == 1) {
-        {
+        // Every row is published by now. The order is built outside the lock, which the window
+        // thread takes to collect rows: a long sort must never freeze the window.
+        if (m_request.sortRows) {
+            std::vector<std::shared_ptr<const ResultChunk>> rows;
+            {
+                QMutexLocker lock(&m_mutex);
+                rows = m_published;
+            }
+            std::vector<quint32> order = SearchResults::sortedOrder(rows, &m_abandoned);
             QMutexLocker lock(&m_mutex);
-            if (m_request.sortRows)
-                m_sortedOrder = SearchResults::sortedOrder(m_published);
+            m_sortedOrder = std::move(order);
         }
         m_finished.store(true);
         emit finished();

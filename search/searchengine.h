@@ -1,5 +1,6 @@
 #pragma once
 
+#include "archivestream.h"
 #include "searchresults.h"
 #include "searchrules.h"
 
@@ -10,6 +11,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -29,6 +31,9 @@ struct SearchRequest
     qsizetype rowLimit = 0; // the search stops once it holds this many rows; 0: no limit
     int threads = 1;
     bool sortRows = true; // build the alphabetical order once every row is found
+    qsizetype readChunk = ArchiveStream::kChunk; // the bytes an archive is read by
+    // For tests: called on the worker after each chunk of an archive is scanned.
+    std::function<void(int archive, qint64 bytesRead)> afterChunk{};
 };
 
 // The archives of a folder that take part in a search: the first 500 of its list, and of those the
@@ -36,8 +41,10 @@ struct SearchRequest
 QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
                                     const QList<bool> &selected = {});
 
-// One search, run on worker threads. Each thread reads a whole archive at a time and scans its
-// bytes; rows are handed over archive by archive, in archive order, as soon as they are known.
+// One search, run on worker threads. Each thread takes a whole archive at a time and reads it in
+// chunks (ArchiveStream) that it scans; rows are handed over archive by archive, in archive order,
+// as soon as they are known. Workers never block on a file (only regular files are read, opened
+// without waiting), so stopping, or destroying the run, always answers within a chunk.
 // Signals come from the worker threads.
 class SearchRun : public QObject
 {
@@ -79,6 +86,7 @@ private:
     // Read by every worker at once: const, so no access can detach (copy) the shared lists.
     const SearchRequest m_request;
     std::atomic_bool m_stop{false};
+    std::atomic_bool m_abandoned{false}; // nobody will read the rows: not even sorting is worth it
     std::atomic_bool m_finished{false};
     std::atomic_bool m_limitReached{false};
     std::atomic_int m_nextArchive{0};

@@ -4,7 +4,6 @@
 #include "windows1252.h"
 
 #include <algorithm>
-#include <QHash>
 
 #include <array>
 #include <cstdlib>
@@ -92,7 +91,24 @@ QByteArray SearchResults::extension(qsizetype row) const
 {
     const Located at = locate(row);
     const QByteArrayView path = at.chunk->path(*at.row);
-    return Windows1252::toUpper(m_kind == SearchKind::Theme ? themeExtensionColumnOf(path) : extensionColumnOf(path));
+    if (m_kind == SearchKind::Theme)
+        return Windows1252::toUpper(themeExtensionColumnOf(path));
+    // Only the file name is looked through for a dot (where it starts is known): a huge path is not.
+    if (!at.chunk->fileName(*at.row).contains('.'))
+        return QByteArray("   ");
+    return Windows1252::toUpper(path.last(std::min<qsizetype>(3, path.size())));
+}
+
+QByteArrayView SearchResults::storedPath(qsizetype row) const
+{
+    const Located at = locate(row);
+    return at.chunk->path(*at.row);
+}
+
+QByteArrayView SearchResults::storedFileName(qsizetype row) const
+{
+    const Located at = locate(row);
+    return at.chunk->fileName(*at.row);
 }
 
 QString SearchResults::archiveName(qsizetype row) const
@@ -165,7 +181,11 @@ struct SortEntry
 int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *table, quint32 from)
 {
     const quint32 common = std::min(a.length, b.length);
-    for (quint32 i = from; i < common; ++i) {
+    quint32 i = from;
+    // Bytes stored alike sort alike: long equal stretches (huge names) are passed eight at a time.
+    while (i + 8 <= common && std::memcmp(a.name + i, b.name + i, 8) == 0)
+        i += 8;
+    for (; i < common; ++i) {
         const unsigned char ca = table[static_cast<unsigned char>(a.name[i])];
         const unsigned char cb = table[static_cast<unsigned char>(b.name[i])];
         if (ca != cb)
@@ -174,38 +194,138 @@ int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *ta
     return a.length == b.length ? 0 : a.length < b.length ? -1 : 1;
 }
 
+// Whether two names read the same once upper-cased.
+bool sameShownName(QByteArrayView a, QByteArrayView b, const unsigned char *upper)
+{
+    if (a.size() != b.size())
+        return false;
+    if (std::memcmp(a.data(), b.data(), size_t(a.size())) == 0)
+        return true;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (upper[static_cast<unsigned char>(a[i])] != upper[static_cast<unsigned char>(b[i])])
+            return false;
+    }
+    return true;
+}
+
+// A name's hash from its first sort letters (already made for its key) and its other bytes
+// upper-cased; names that read the same once upper-cased hash alike.
+quint64 hashOfShownName(const SortEntry &entry, const unsigned char *upper)
+{
+    quint64 h = quint64(entry.length) * 0x9e3779b97f4a7c15ull;
+    for (const quint64 word : entry.head)
+        h = (h ^ word) * 0xbf58476d1ce4e5b9ull;
+    for (quint32 i = kHeadLetters; i < entry.length; ++i)
+        h = (h ^ upper[static_cast<unsigned char>(entry.name[i])]) * 0x100000001b3ull;
+    h ^= h >> 31;
+    h *= 0x94d049bb133111ebull;
+    return h ^ (h >> 29);
+}
+
+// The distinct names of a result, as shown (upper-cased), by open addressing. A slot holds a
+// name's index + 1 and the high half of its hash, so most probes read nothing else.
+class ShownNames
+{
+public:
+    ShownNames(const unsigned char *upper, size_t rows)
+        : m_upper(upper)
+    {
+        size_t slotCount = 1024;
+        while (slotCount < rows / 2 && slotCount < (size_t(1) << 22))
+            slotCount *= 2;
+        m_slots.assign(slotCount, 0);
+    }
+
+    // The index of `entry`'s name among the distinct names in `names`, where it is added when new.
+    quint32 find(SortEntry &entry, std::vector<SortEntry> &names)
+    {
+        const quint64 hash = hashOfShownName(entry, m_upper);
+        const quint64 tag = hash & ~quint64(0xffffffff);
+        const size_t mask = m_slots.size() - 1;
+        size_t at = size_t(hash) & mask;
+        for (; m_slots[at] != 0; at = (at + 1) & mask) {
+            if ((m_slots[at] & ~quint64(0xffffffff)) != tag)
+                continue;
+            const quint32 id = quint32(m_slots[at]) - 1;
+            const SortEntry &known = names[id];
+            if (sameShownName({known.name, known.length}, {entry.name, entry.length}, m_upper))
+                return id;
+        }
+        const auto id = quint32(names.size());
+        entry.row = id;
+        names.push_back(entry);
+        m_hashes.push_back(hash);
+        m_slots[at] = tag | (id + 1);
+        if (m_hashes.size() * 2 > m_slots.size())
+            grow();
+        return id;
+    }
+
+private:
+    void grow()
+    {
+        m_slots.assign(m_slots.size() * 2, 0);
+        const size_t mask = m_slots.size() - 1;
+        for (size_t id = 0; id < m_hashes.size(); ++id) {
+            size_t at = size_t(m_hashes[id]) & mask;
+            while (m_slots[at] != 0)
+                at = (at + 1) & mask;
+            m_slots[at] = (m_hashes[id] & ~quint64(0xffffffff)) | (id + 1);
+        }
+    }
+
+    const unsigned char *m_upper;
+    std::vector<quint64> m_slots; // 0 for none
+    std::vector<quint64> m_hashes;
+};
+
 } // namespace
 
-std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks)
+std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                                                const std::atomic_bool *abandon)
 {
     static const std::array<unsigned char, 256> letters = makeSortLetters();
     const unsigned char *upper = Windows1252::upperTable();
 
-    // Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
-    // name): each distinct name is sorted once, then the rows are placed by their name's rank.
+    // Rows whose names read the same once upper-cased look alike in the view: they share one name
+    // and keep the order found. Results hold the same names many times (a file on many discs, every
+    // SETUP.EXE of a search by name): each distinct name is sorted once, then the rows are placed
+    // by their name's rank.
     size_t total = 0;
     for (const auto &chunk : chunks)
         total += chunk->rows.size();
     std::vector<quint32> nameOfRow;
     nameOfRow.reserve(total);
-    QHash<QByteArrayView, quint32> ids;
+    ShownNames shown(upper, total);
     std::vector<SortEntry> names;
+    const ResultRow *previous = nullptr;
     for (const auto &chunk : chunks) {
         for (const ResultRow &row : chunk->rows) {
-            const QByteArrayView name = chunk->fileName(row);
-            auto at = ids.constFind(name);
-            if (at == ids.constEnd()) {
-                at = ids.insert(name, quint32(names.size()));
-                SortEntry entry{{}, name.data(), quint32(name.size()), quint32(names.size())};
-                const auto length = std::min<qsizetype>(kHeadLetters, name.size());
-                for (qsizetype i = 0; i < length; ++i)
-                    entry.head[i / 8] |= quint64(letters[static_cast<unsigned char>(name[i])]) << (56 - 8 * (i % 8));
-                names.push_back(entry);
+            // The rows of one path found several times (a string repeated in one name) follow one
+            // another and share its bytes: they take its name without reading it again, so a
+            // million rows of one huge name cost one reading of it.
+            if (previous && previous->path == row.path && previous->pathLength == row.pathLength
+                && previous->nameOffset == row.nameOffset) {
+                nameOfRow.push_back(nameOfRow.back());
+                continue;
             }
-            nameOfRow.push_back(*at);
+            previous = &row;
+            if ((nameOfRow.size() & 0xffff) == 0 && abandon && abandon->load(std::memory_order_relaxed))
+                return {};
+            const QByteArrayView name = chunk->fileName(row);
+            SortEntry entry{{}, name.data(), quint32(name.size()), 0};
+            const auto length = std::min<qsizetype>(kHeadLetters, name.size());
+            const auto *bytes = reinterpret_cast<const unsigned char *>(name.data());
+            for (qsizetype word = 0; word * 8 < length; ++word) {
+                const qsizetype end = std::min<qsizetype>(8, length - word * 8);
+                quint64 head = 0;
+                for (qsizetype i = 0; i < end; ++i)
+                    head |= quint64(letters[bytes[word * 8 + i]]) << (56 - 8 * i);
+                entry.head[word] = head;
+            }
+            nameOfRow.push_back(shown.find(entry, names));
         }
     }
-    ids.clear();
     std::sort(names.begin(), names.end(), [&](const SortEntry &a, const SortEntry &b) {
         for (int i = 0; i < kHeadWords; ++i) {
             if (a.head[i] != b.head[i])

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -74,6 +75,9 @@ public:
     QByteArray fileName(qsizetype row) const;
     QByteArray extension(qsizetype row) const;
     QString archiveName(qsizetype row) const;
+    // A row's path and file name as stored (letters as catalogued), valid while the rows are held.
+    QByteArrayView storedPath(qsizetype row) const;
+    QByteArrayView storedFileName(qsizetype row) const;
 
     // The alphabetical view: row `sorted` of it shows the order-found row sortedIndex(sorted).
     void setSortedOrder(std::vector<quint32> order) { m_sorted = std::move(order); }
@@ -82,9 +86,12 @@ public:
     QString sortedRow(qsizetype sorted) const;
 
     // The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
-    // accented capital beside its base letter (É with E), names equal so far by their bytes, and the
-    // same name in the order found.
-    static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks);
+    // accented capital beside its base letter (É with E), names equal so far by their upper-cased
+    // bytes, and names that read the same once upper-cased (readme, README) in the order found.
+    // Linear in the bytes of the distinct stored paths, whatever the number of rows they give.
+    // Empty when `abandon` is set meanwhile.
+    static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                                            const std::atomic_bool *abandon = nullptr);
 
     // Bytes held, for the memory budget.
     qsizetype memoryUsed() const;

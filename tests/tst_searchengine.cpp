@@ -1,5 +1,6 @@
 #include "archivefile.h"
 #include "archivescanner.h"
+#include "resultlistmodel.h"
 #include "extensionentry.h"
 #include "searchengine.h"
 #include "searchrules.h"
@@ -7,12 +8,16 @@
 #include "themesearch.h"
 #include "windows1252.h"
 
+#include <QDir>
+#include <QFile>
 #include <QRandomGenerator>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <string>
+
 
 namespace {
 
@@ -96,6 +101,26 @@ QList<std::string> referenceSearch(SearchKind kind, const std::string &term, con
         }
     }
     return found;
+}
+
+// The alphabetical view written the plain way: rows by their shown (upper-cased) file names, letter
+// by letter with an accented capital as its base letter (only É occurs in the tests' alphabet),
+// then by the names' bytes, and rows that read the same in the order found.
+std::vector<qsizetype> referenceSortedOrder(const QList<std::string> &paths)
+{
+    std::vector<std::pair<std::string, std::string>> keys; // (letters, upper-cased name)
+    for (const std::string &path : paths) {
+        const size_t slash = path.rfind('\\');
+        const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+        std::string letters = name;
+        std::replace(letters.begin(), letters.end(), '\xc9', 'E');
+        keys.emplace_back(letters, name);
+    }
+    std::vector<qsizetype> order(size_t(paths.size()));
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = qsizetype(i);
+    std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) { return keys[size_t(a)] < keys[size_t(b)]; });
+    return order;
 }
 
 } // namespace
@@ -257,6 +282,180 @@ private slots:
                 QCOMPARE(actual, expected);
             }
         }
+    }
+
+    void searchRunAgreesWithPlainReadingSortedViewIncluded()
+    {
+        QTemporaryDir dir;
+        // Names that read the same once upper-cased keep the order found, whatever archive and
+        // thread found them; before, "b" and "B" were told apart by their bytes.
+        const QList<QByteArray> smallest = {"\"d:\\b\"\r\n", "\"d:\\B\"\r\n\"d:\\b\"\r\n", "\"d:\\B\"\r\n"};
+        QList<ArchiveToScan> archives;
+        for (int i = 0; i < smallest.size(); ++i) {
+            archives.append({dir.filePath(u"S%1.lst"_qs.arg(i)), u"S%1"_qs.arg(i)});
+            QVERIFY(TestSupport::writeFile(archives.last().filePath, smallest[i]));
+        }
+        for (int threads : {1, 2, 3}) {
+            const SearchResults results = SearchRun::runAndWait({SearchKind::Name, "B", archives, 0, threads});
+            QCOMPARE(results.sortedSize(), 4);
+            for (qsizetype i = 0; i < 4; ++i)
+                QCOMPARE(results.sortedIndex(i), i);
+        }
+
+        // Random archives read in chunks of a few bytes, so lines span chunks; NUL bytes; 1 to 3
+        // threads; every row in the order found and the alphabetical view against the reference.
+        const QByteArray alphabet("aAbB.\\\"\xe9\xc9 \r\0", 12);
+        QRandomGenerator random(19990101);
+        for (int round = 0; round < 60; ++round) {
+            archives.clear();
+            std::string everything;
+            QList<std::string> contents;
+            const int count = random.bounded(1, 5);
+            for (int a = 0; a < count; ++a) {
+                QByteArray archive;
+                const int lines = random.bounded(0, 30);
+                for (int l = 0; l < lines; ++l) {
+                    const int length = random.bounded(0, round % 4 == 0 ? 200 : 10);
+                    for (int i = 0; i < length; ++i)
+                        archive.append(alphabet[random.bounded(int(alphabet.size()))]);
+                    if (l + 1 < lines || random.bounded(2))
+                        archive.append(random.bounded(2) ? "\r\n" : "\n");
+                }
+                archives.append({dir.filePath(u"R%1.lst"_qs.arg(a)), u"R%1"_qs.arg(a)});
+                QVERIFY(TestSupport::writeFile(archives.last().filePath, archive));
+                contents.append(archive.toStdString());
+            }
+            QByteArray term;
+            const int termLength = random.bounded(1, 3);
+            for (int i = 0; i < termLength; ++i)
+                term.append(alphabet[random.bounded(int(alphabet.size()) - 2)]);
+            term = searchTerm(QString::fromLatin1(term));
+            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension}) {
+                QList<std::string> expected;
+                for (const std::string &archive : std::as_const(contents))
+                    expected.append(referenceSearch(kind, term.toStdString(), archive));
+                const std::vector<qsizetype> expectedOrder = referenceSortedOrder(expected);
+                for (int threads : {1, 2, 3}) {
+                    SearchRequest request{kind, term, archives, 0, threads};
+                    request.readChunk = random.bounded(1, 40);
+                    const SearchResults results = SearchRun::runAndWait(request);
+                    QList<std::string> actual;
+                    for (qsizetype i = 0; i < results.size(); ++i)
+                        actual.append(results.path(i).toStdString());
+                    std::vector<qsizetype> order;
+                    for (qsizetype i = 0; i < results.sortedSize(); ++i)
+                        order.push_back(results.sortedIndex(i));
+                    if (actual != expected || order != expectedOrder)
+                        qWarning() << "round" << round << "kind" << int(kind) << "term" << term << "threads" << threads;
+                    QCOMPARE(actual, expected);
+                    QCOMPARE(order, expectedOrder);
+                }
+            }
+        }
+    }
+
+    void archiveCutShortOrReplacedWhileReadEndsCleanly()
+    {
+        QTemporaryDir dir;
+        QList<QByteArray> entries;
+        for (int i = 0; i < 200000; ++i)
+            entries.append("d:\\DISC\\FILE" + QByteArray::number(i) + ".TXT");
+        QVERIFY(ArchiveFile::write(dir.path(), u"BIG"_qs, entries));
+        QVERIFY(ArchiveFile::write(dir.path(), u"OTHER"_qs, {"d:\\OTHER.TXT"}));
+        const QString path = dir.filePath(u"BIG.lst"_qs);
+        const QByteArray original = TestSupport::readFile(path);
+        constexpr qsizetype kChunk = 64 << 10;
+
+        // Cut short after the first chunk (a mapped archive died of SIGBUS here): the rows of what
+        // was read stay, the line cut in two is judged as it stands, and the search ends.
+        SearchRequest request{SearchKind::Extension, "TXT", {{path, u"BIG"_qs}}, 0, 1};
+        request.readChunk = kChunk;
+        std::atomic_int chunks{0};
+        request.afterChunk = [&](int, qint64) {
+            if (chunks++ == 0)
+                QFile::resize(path, 1000);
+        };
+        SearchResults results = SearchRun::runAndWait(request);
+        QCOMPARE(results.size(), referenceSearch(SearchKind::Extension, "TXT", original.first(kChunk).toStdString()).size());
+
+        // Replaced whole while read (a new copy renamed over it): the file as opened is read to its end.
+        QVERIFY(TestSupport::writeFile(path, original));
+        chunks = 0;
+        request.afterChunk = [&](int, qint64) {
+            if (chunks++ == 0)
+                ::rename(QFile::encodeName(dir.filePath(u"OTHER.lst"_qs)).constData(), QFile::encodeName(path).constData());
+        };
+        results = SearchRun::runAndWait(request);
+        QCOMPARE(results.size(), 200000);
+        QCOMPARE(results.path(199999), "D:\\DISC\\FILE199999.TXT");
+    }
+
+    void onlyRegularFilesAreReadAndNoneBlocks()
+    {
+        // Links to a FIFO and to /dev/zero, and a directory, named like archives: none is read, no
+        // worker waits for a writer or reads without end; a link to a real archive is read.
+        QTemporaryDir dir;
+        TestSupport::FifoWatchdog fifo(dir.filePath(u"fifo"_qs), 8);
+        QVERIFY(fifo.made());
+        QVERIFY(QFile::link(dir.filePath(u"fifo"_qs), dir.filePath(u"A.lst"_qs)));
+        QVERIFY(QFile::link(u"/dev/zero"_qs, dir.filePath(u"B.lst"_qs)));
+        QVERIFY(QDir(dir.path()).mkdir(u"C.lst"_qs));
+        QVERIFY(ArchiveFile::write(dir.path(), u"D"_qs, {"d:\\SETUP.EXE", "d:\\X\\SETUP.EXE"}));
+        QVERIFY(QFile::link(dir.filePath(u"D.lst"_qs), dir.filePath(u"E.lst"_qs)));
+        const QStringList files = {u"A.lst"_qs, u"B.lst"_qs, u"C.lst"_qs, u"D.lst"_qs, u"E.lst"_qs};
+        for (int threads : {1, 2}) {
+            SearchRun run({SearchKind::Name, "SETUP", archivesToScan(dir.path(), files), 0, threads});
+            run.start();
+            QTRY_VERIFY_WITH_TIMEOUT(run.isFinished(), 5000);
+            qsizetype rows = 0;
+            for (const auto &chunk : run.takeChunks())
+                rows += qsizetype(chunk->rows.size());
+            QCOMPARE(rows, 4);
+        }
+        QVERIFY(!fifo.fired());
+    }
+
+    void millionRowsOfOneHugeNameSortInLinearTime()
+    {
+        // One line of 1 MiB of A: the string AAA starts at every place but the last ones, about a
+        // million rows of one path. Sorting them hashed the whole name once a row: over a minute.
+        QTemporaryDir dir;
+        QVERIFY(TestSupport::writeFile(dir.filePath(u"A.lst"_qs), "\"d:\\" + QByteArray(1 << 20, 'A') + "\"\r\n"));
+        SearchRun run({SearchKind::String, "AAA", archivesToScan(dir.path(), {u"A.lst"_qs}), 0, 1});
+        run.start();
+        // Well under a second here; the time limit only turns a regression into a failure.
+        QTRY_VERIFY_WITH_TIMEOUT(run.isFinished(), 30000);
+        qsizetype rows = 0;
+        for (const auto &chunk : run.takeChunks())
+            rows += qsizetype(chunk->rows.size());
+        // Starts from the name's first byte up to the fifth byte from the end.
+        QCOMPARE(rows, (1 << 20) - 4);
+        const std::vector<quint32> order = run.takeSortedOrder();
+        QCOMPARE(qsizetype(order.size()), rows);
+        QVERIFY(std::is_sorted(order.begin(), order.end()));
+    }
+
+    void rowsShowAtMostWhatARowCanShow()
+    {
+        // A 10 MB path upper-cased and decoded whole at every paint froze the window.
+        auto chunk = std::make_shared<ResultChunk>();
+        const QByteArray path = "d:\\" + QByteArray(10 << 20, 'a') + ".txt";
+        chunk->rows.push_back({chunk->store(path), quint32(path.size()), 3});
+        SearchResults results;
+        results.append(chunk);
+        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
+        const auto shown = [&](ResultListModel::Column column) {
+            ResultListModel model(results, column);
+            model.reset();
+            return model.index(0).data().toString();
+        };
+        const QString ellipsis(QChar(0x2026));
+        QCOMPARE(shown(ResultListModel::Column::Path), u"D:\\"_qs + QString(1021, u'A') + ellipsis);
+        QCOMPARE(shown(ResultListModel::Column::FileName), QString(1024, u'A') + ellipsis);
+        QCOMPARE(shown(ResultListModel::Column::Sorted), QString(1024, u'A') + ellipsis + QString(60, u' ') + u" 0"_qs);
+        QCOMPARE(shown(ResultListModel::Column::Extension), u"TXT"_qs);
+        // The whole path is still there for the actions on the found file.
+        QCOMPARE(results.path(0).size(), path.size());
     }
 
     void extensionEntriesAreReadByFixedColumns()

@@ -9,6 +9,7 @@
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
@@ -260,6 +261,27 @@ private slots:
         QCOMPARE(f.column(u"Classement alphabétique"_qs).size(), f.form.foundCount());
     }
 
+    void anArchiveThatIsAFifoNeverFreezesTheWindow()
+    {
+        // Outlives the window, so that a worker stuck opening the FIFO is let go and the test ends.
+        QTemporaryDir fifoDir;
+        TestSupport::FifoWatchdog fifo(fifoDir.filePath(u"fifo"_qs), 8);
+        QVERIFY(fifo.made());
+        Fixture f;
+        QVERIFY(QFile::link(fifoDir.filePath(u"fifo"_qs), f.data.folderPath(u"Divers"_qs) + u"/AAFIFO.lst"_qs));
+        f.form.hide();
+        f.form.show();
+        QTest::mouseClick(f.child<QCheckBox>(u"selectAll"_qs), Qt::LeftButton);
+        QCOMPARE(f.form.selectedArchiveCount(), 3);
+        QVERIFY(f.search(kByName, u"readme"_qs));
+        QCOMPARE(f.form.foundCount(), 3);
+        // A new search, then closing the window while it runs, answer at once.
+        f.fakes.dialogs.inputs = {u"setup"_qs};
+        QTest::mouseClick(f.child<QToolButton>(kByName), Qt::LeftButton);
+        f.form.close();
+        QVERIFY(!f.form.isSearching());
+        QVERIFY(!fifo.fired());
+    }
 };
 
 QTEST_MAIN(tst_SearchForm)

@@ -1,11 +1,14 @@
 // Times the archive search against ripgrep over a generated corpus of 1,000 archives of about
 // 31,000 lines (about 1.9 GB), then the search window's display of large results.
-// Usage: kalvex2-search-bench [archives] [work directory]; the corpus is deleted at the end.
+// Usage: kalvex2-search-bench [archives] [work directory] [--corpus DIR] [--pairs N]
+//        [--cold-pairs N] [--sections process,sorted,cold,inprocess,window]
+// Without --corpus the corpus is made in a temporary folder and deleted at the end.
 
 #include "archivefile.h"
 #include "corpus.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
+#include "processtiming.h"
 #include "searchengine.h"
 #include "searchform.h"
 #include "tablefile.h"
@@ -29,17 +32,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <optional>
 
 namespace {
 
 constexpr int kRuns = 5;
 
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
+using ProcessTiming::median;
 
 // ripgrep counting the literals in every archive, its output read through a pipe.
 double ripgrepSeconds(const QStringList &literals, int threads, const QString &folder, qint64 *matches)
@@ -80,16 +80,12 @@ struct Case
     QStringList literals; // ripgrep's equivalent
 };
 
-void benchEngine(const QString &folder)
+QList<Case> benchCases()
 {
-    // Every archive of the folder, beyond the window's 500: the engine itself has no such limit.
-    QList<ArchiveToScan> all;
-    for (const QString &file : ArchiveFile::list(folder))
-        all.append({folder + QLatin1Char('/') + file, archiveNameOf(file)});
-    const QList<Case> cases = {
-        // By name, the name alone: it finds the same lines in this corpus, and is ripgrep's fastest
-        // path; the backslash before it (or two literals, a dot or the line's end after it) makes
-        // `rg -i` about five times slower, which would flatter the engine.
+    // By name, the name alone: it finds the same lines in this corpus, and is ripgrep's fastest
+    // path; the backslash before it (or two literals, a dot or the line's end after it) makes
+    // `rg -i` about five times slower, which would flatter the engine.
+    return {
         {"name, rare", SearchKind::Name, "LISEZMOI", {QStringLiteral("lisezmoi")}},
         {"name, frequent", SearchKind::Name, "SETUP", {QStringLiteral("setup")}},
         {"string, rare", SearchKind::String, "KALV", {QStringLiteral("kalv")}},
@@ -101,6 +97,159 @@ void benchEngine(const QString &folder)
         {"theme, rare", SearchKind::Theme, "KALV", {QStringLiteral("kalv")}},
         {"theme, frequent", SearchKind::Theme, "JEUX", {QStringLiteral("jeux")}},
     };
+}
+
+const char *kindWord(SearchKind kind)
+{
+    return kind == SearchKind::Name ? "name" : kind == SearchKind::String ? "string" : "extension";
+}
+
+// The rows kalvex2-search-once found ("N rows in ..."), or the lines `rg -c` counted (one
+// "file:count" line per file holding any).
+qint64 countIn(const QByteArray &output)
+{
+    if (output.contains(" rows in "))
+        return output.left(output.indexOf(' ')).toLongLong();
+    qint64 count = 0;
+    for (const QByteArray &line : output.split('\n')) {
+        if (!line.isEmpty())
+            count += line.mid(line.lastIndexOf(':') + 1).toLongLong();
+    }
+    return count;
+}
+
+struct Pairing
+{
+    double ratio = 0; // the median of the pair-by-pair ratios a / b
+    double a = 0;     // the median times
+    double b = 0;
+    qint64 countA = 0;
+    qint64 countB = 0;
+    qint64 resident = 0; // the most bytes of the corpus cached when a run began (cold runs)
+};
+
+// Runs `a` and `b` alternately, a b a b ..., `pairs` times each after one run of each that only
+// warms up (unless `beforeEach` empties the cache before every run, which is then timed from cold).
+Pairing interleave(const QStringList &a, const QStringList &b, int pairs,
+                   const std::function<qint64()> &beforeEach = {})
+{
+    Pairing result;
+    QList<double> ratios, timesA, timesB;
+    for (int pair = beforeEach ? 0 : -1; pair < pairs; ++pair) {
+        QByteArray out;
+        if (beforeEach)
+            result.resident = std::max(result.resident, beforeEach());
+        const double ta = ProcessTiming::run(a, &out);
+        result.countA = countIn(out);
+        if (beforeEach)
+            result.resident = std::max(result.resident, beforeEach());
+        const double tb = ProcessTiming::run(b, &out);
+        result.countB = countIn(out);
+        if (ta <= 0 || tb <= 0) {
+            std::printf("a run failed: %s\n", qPrintable((ta <= 0 ? a : b).first()));
+            return result;
+        }
+        if (pair >= 0) {
+            ratios.append(ta / tb);
+            timesA.append(ta);
+            timesB.append(tb);
+        }
+    }
+    result.ratio = median(ratios);
+    result.a = median(timesA);
+    result.b = median(timesB);
+    return result;
+}
+
+QStringList onceCommand(const QStringList &options, SearchKind kind, const QByteArray &term, int threads,
+                        const QStringList &files)
+{
+    return QStringList{QCoreApplication::applicationDirPath() + QStringLiteral("/kalvex2-search-once")} + options
+           + QStringList{QString::fromLatin1(kindWord(kind)), QString::fromLatin1(term), QString::number(threads)} + files;
+}
+
+QStringList ripgrepCommand(const QStringList &literals, int threads, const QString &folder)
+{
+    QStringList command = {QStringLiteral("rg"), QStringLiteral("-c"), QStringLiteral("-F"), QStringLiteral("-i"),
+                           QStringLiteral("-j"), QString::number(threads)};
+    for (const QString &literal : literals)
+        command << QStringLiteral("-e") << literal;
+    return command << folder;
+}
+
+QStringList archiveFiles(const QString &folder)
+{
+    QStringList files;
+    for (const QString &file : ArchiveFile::list(folder))
+        files.append(folder + QLatin1Char('/') + file);
+    return files;
+}
+
+// Each side as a whole process, as a user runs it: kalvex2-search-once with the archives' names
+// against ripgrep with their folder.
+void benchProcesses(const QString &folder, int pairs)
+{
+    const QStringList files = archiveFiles(folder);
+    std::printf("Whole processes, warm cache, interleaved (%d pairs): kalvex2-search-once / rg -c -F -i -j N\n\n", pairs);
+    std::printf("| case | threads | rows | rg lines | kalvex s | rg s | ratio (median of pairs) |\n");
+    std::printf("|---|---|---|---|---|---|---|\n");
+    for (const Case &c : benchCases()) {
+        for (int threads : {1, 2}) {
+            const Pairing p = interleave(onceCommand({}, c.kind, c.term, threads, files),
+                                         ripgrepCommand(c.literals, threads, folder), pairs);
+            std::printf("| %s | %d | %lld | %lld | %.3f | %.3f | %.2f |\n", c.label, threads,
+                        static_cast<long long>(p.countA), static_cast<long long>(p.countB), p.a, p.b, p.ratio);
+            std::fflush(stdout);
+        }
+    }
+}
+
+// About two million rows with the alphabetical order against the same search without it.
+void benchSorted(const QString &folder, int pairs)
+{
+    const QStringList files = archiveFiles(folder);
+    std::printf("\nThe alphabetical order, whole processes, interleaved (%d pairs): sorted / unsorted\n\n", pairs);
+    std::printf("| case | threads | rows | sorted s | unsorted s | ratio (median of pairs) |\n|---|---|---|---|---|---|\n");
+    for (int threads : {1, 2}) {
+        const Pairing p = interleave(onceCommand({QStringLiteral("--sorted")}, SearchKind::String, "IMG", threads, files),
+                                     onceCommand({}, SearchKind::String, "IMG", threads, files), pairs);
+        std::printf("| string, frequent | %d | %lld | %.3f | %.3f | %.2f |\n", threads,
+                    static_cast<long long>(p.countA), p.a, p.b, p.ratio);
+        std::fflush(stdout);
+    }
+}
+
+// From a cold cache: every archive is dropped from the page cache before each run.
+void benchCold(const QString &folder, int pairs)
+{
+    const QStringList files = archiveFiles(folder);
+    const auto evict = [&files] {
+        ProcessTiming::evict(files);
+        return ProcessTiming::residentBytes(files);
+    };
+    std::printf("\nWhole processes, cold cache (evicted before every run), interleaved (%d pairs)\n\n", pairs);
+    std::printf("| case | threads | kalvex s | rg s | ratio (median of pairs) | most cached at a start |\n|---|---|---|---|---|---|\n");
+    const QList<Case> cases = benchCases();
+    for (const Case &c : {cases[0], cases[3]}) {
+        for (int threads : {1, 2}) {
+            const Pairing p = interleave(onceCommand({}, c.kind, c.term, threads, files),
+                                         ripgrepCommand(c.literals, threads, folder), pairs, evict);
+            std::printf("| %s | %d | %.3f | %.3f | %.2f | %lld KB |\n", c.label, threads, p.a, p.b, p.ratio,
+                        static_cast<long long>(p.resident / 1024));
+            std::fflush(stdout);
+        }
+    }
+    ProcessTiming::run(QStringList{QStringLiteral("cat")} + files); // the corpus back in the cache
+}
+
+void benchEngine(const QString &folder)
+{
+    // Every archive of the folder, beyond the window's 500: the engine itself has no such limit.
+    QList<ArchiveToScan> all;
+    for (const QString &file : ArchiveFile::list(folder))
+        all.append({folder + QLatin1Char('/') + file, archiveNameOf(file)});
+    const QList<Case> cases = benchCases();
+    std::printf("In one process: the engine's median of five warm runs against rg's\n\n");
     std::printf("%-20s %7s %10s %10s %10s %7s\n", "case", "threads", "rows", "kalvex s", "rg s", "ratio");
     for (const Case &c : cases) {
         for (int threads : {1, 2}) {
@@ -210,6 +359,18 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", qEnvironmentVariable("QT_QPA_PLATFORM", QStringLiteral("offscreen")).toLocal8Bit());
     QApplication app(argc, argv);
     QStringList args = app.arguments().mid(1);
+    const auto option = [&args](const QString &name, const QString &fallback) {
+        const qsizetype at = args.indexOf(name);
+        if (at < 0 || at + 1 >= args.size())
+            return fallback;
+        const QString value = args[at + 1];
+        args.remove(at, 2);
+        return value;
+    };
+    const int pairs = option(QStringLiteral("--pairs"), QStringLiteral("7")).toInt();
+    const int coldPairs = option(QStringLiteral("--cold-pairs"), QStringLiteral("3")).toInt();
+    const QStringList sections = option(QStringLiteral("--sections"), QStringLiteral("process,sorted,cold,inprocess,window"))
+                                     .split(QLatin1Char(','));
     // --corpus DIR: the corpus is kept in DIR/Divers (generated there when missing), for repeated runs.
     QString kept;
     if (const qsizetype at = args.indexOf(QStringLiteral("--corpus")); at >= 0 && at + 1 < args.size()) {
@@ -232,8 +393,17 @@ int main(int argc, char **argv)
     std::printf("corpus: %d archives, %.2f GB, ready in %.0f s, in %s\n\n", archives,
                 BenchCorpus::bytesIn(folder) / 1e9, timer.elapsed() / 1000.0, qPrintable(work));
     std::fflush(stdout);
-    benchEngine(folder);
+    if (sections.contains(QStringLiteral("process")))
+        benchProcesses(folder, pairs);
+    if (sections.contains(QStringLiteral("sorted")))
+        benchSorted(folder, pairs);
+    if (sections.contains(QStringLiteral("cold")))
+        benchCold(folder, coldPairs);
     std::printf("\n");
-    benchWindow(work);
+    if (sections.contains(QStringLiteral("inprocess")))
+        benchEngine(folder);
+    std::printf("\n");
+    if (sections.contains(QStringLiteral("window")))
+        benchWindow(work);
     return 0;
 }

@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 
+#include <chrono>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,6 +26,33 @@ bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+FifoWatchdog::FifoWatchdog(const QString &path, int seconds)
+    : m_path(QFile::encodeName(path))
+{
+    m_made = ::mkfifo(m_path.constData(), 0600) == 0;
+    m_thread = std::thread([this, seconds] {
+        std::unique_lock lock(m_mutex);
+        if (m_cancelled.wait_for(lock, std::chrono::seconds(seconds), [this] { return m_done; }))
+            return;
+        m_fired = true;
+        while (!m_cancelled.wait_for(lock, std::chrono::milliseconds(50), [this] { return m_done; })) {
+            const int fd = ::open(m_path.constData(), O_WRONLY | O_NONBLOCK); // only while a reader waits
+            if (fd >= 0)
+                ::close(fd);
+        }
+    });
+}
+
+FifoWatchdog::~FifoWatchdog()
+{
+    {
+        std::lock_guard lock(m_mutex);
+        m_done = true;
+    }
+    m_cancelled.notify_all();
+    m_thread.join();
 }
 
 QString programDirectory()

@@ -6,6 +6,11 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 class QAction;
 class QMenuBar;
 
@@ -40,6 +45,30 @@ bool haveProgram(const QString &name);
 
 // Whether FUSE file systems can be mounted here; `why` tells what is missing when not.
 bool fuseUsable(QString *why);
+
+// Makes a FIFO at `path` and, once `seconds` have passed without the watchdog being destroyed,
+// keeps opening it for writing: a reader stuck opening it (the fault under test) then goes on and
+// reads an empty file, so a failing test ends instead of hanging. fired() tells it happened.
+class FifoWatchdog
+{
+public:
+    FifoWatchdog(const QString &path, int seconds);
+    ~FifoWatchdog();
+    FifoWatchdog(const FifoWatchdog &) = delete;
+    FifoWatchdog &operator=(const FifoWatchdog &) = delete;
+
+    bool made() const { return m_made; }
+    bool fired() const { return m_fired.load(); }
+
+private:
+    QByteArray m_path;
+    bool m_made = false;
+    std::atomic_bool m_fired{false};
+    std::mutex m_mutex;
+    std::condition_variable m_cancelled;
+    bool m_done = false;
+    std::thread m_thread;
+};
 
 // Runs a program to its end (a minute at most); true when it exited with 0. `output` gets what it
 // wrote on both channels.

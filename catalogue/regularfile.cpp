@@ -1,0 +1,76 @@
+#include "regularfile.h"
+
+#include <QFile>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+RegularFile::RegularFile(const QString &path)
+{
+    // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer, for ever.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    struct stat info{};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return;
+    }
+    m_fd = fd;
+    m_size = info.st_size;
+}
+
+RegularFile::~RegularFile()
+{
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+qint64 RegularFile::read(char *into, qint64 count)
+{
+    if (m_fd < 0)
+        return -1;
+    for (;;) {
+        const ssize_t n = ::read(m_fd, into, size_t(count));
+        if (n >= 0 || errno != EINTR)
+            return n;
+    }
+}
+
+void RegularFile::adviseSequential()
+{
+    if (m_fd >= 0)
+        ::posix_fadvise(m_fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole)
+{
+    if (whole)
+        *whole = false;
+    RegularFile file(path);
+    if (!file.isOpen())
+        return {};
+    // One byte past the limit tells whether the file ends within it.
+    QByteArray data(std::min(file.sizeAtOpening(), limit) + 1, Qt::Uninitialized);
+    qint64 got = 0;
+    for (;;) {
+        if (got == data.size()) {
+            if (got > limit)
+                break;
+            data.resize(std::min(data.size() * 2, limit + 1)); // it grew since it was opened
+        }
+        const qint64 n = file.read(data.data() + got, data.size() - got);
+        if (n < 0)
+            return {};
+        if (n == 0)
+            break;
+        got += n;
+    }
+    if (whole)
+        *whole = got <= limit;
+    data.truncate(std::min(got, limit));
+    return data;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// A file opened for reading only when it is a regular file (after following links), and without
+// ever blocking: a FIFO, a device such as /dev/zero, a socket or a directory is refused at once, so
+// a catalogue or a table that points at one can neither hang the reader nor feed it without end.
+class RegularFile
+{
+public:
+    explicit RegularFile(const QString &path);
+    ~RegularFile();
+    RegularFile(const RegularFile &) = delete;
+    RegularFile &operator=(const RegularFile &) = delete;
+
+    bool isOpen() const { return m_fd >= 0; }
+    // The size when it was opened: readers take no more than that, however the file grows.
+    qint64 sizeAtOpening() const { return m_size; }
+    // Reads up to `count` bytes; 0 at the end of the file, -1 on an error.
+    qint64 read(char *into, qint64 count);
+    // Asks the system to read ahead generously: the file is about to be read from start to end.
+    void adviseSequential();
+
+private:
+    int m_fd = -1;
+    qint64 m_size = 0;
+};
+
+// The first bytes of a regular file, at most `limit` of them; empty when it is not one or cannot
+// be read. `whole` tells whether the file ended within the limit.
+QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole = nullptr);
