@@ -101,7 +101,17 @@ QList<Case> benchCases()
 
 const char *kindWord(SearchKind kind)
 {
-    return kind == SearchKind::Name ? "name" : kind == SearchKind::String ? "string" : "extension";
+    switch (kind) {
+    case SearchKind::Name:
+        return "name";
+    case SearchKind::String:
+        return "string";
+    case SearchKind::Extension:
+        return "extension";
+    case SearchKind::Theme:
+        return "theme";
+    }
+    return "name";
 }
 
 // The rows kalvex2-search-once found ("N rows in ..."), or the lines `rg -c` counted (one
