@@ -1,5 +1,6 @@
 #include "searchengine.h"
 
+#include "alphabeticalorder.h"
 #include "archivescanner.h"
 
 #include "archivestream.h"
@@ -24,6 +25,10 @@ SearchRun::SearchRun(SearchRequest request, QObject *parent)
 {
     m_scanned.resize(size_t(m_request.archives.size()));
     m_ready.resize(size_t(m_request.archives.size()), false);
+    if (m_request.sortRows) {
+        m_namedRows.resize(size_t(m_request.archives.size()));
+        m_nameIds.resize(size_t(m_request.archives.size()));
+    }
 }
 
 SearchRun::~SearchRun()
@@ -37,8 +42,12 @@ void SearchRun::start()
 {
     const int threads = std::max(1, std::min<int>(m_request.threads, int(m_request.archives.size())));
     m_workersLeft.store(threads);
+    if (m_request.sortRows) {
+        for (int i = 0; i < threads; ++i)
+            m_nameTables.push_back(std::make_unique<AlphabeticalOrder::NameTable>());
+    }
     for (int i = 0; i < threads; ++i)
-        m_threads.emplace_back([this] { work(); });
+        m_threads.emplace_back([this, i] { work(i); });
 }
 
 void SearchRun::wait()
@@ -61,7 +70,7 @@ std::vector<quint32> SearchRun::takeSortedOrder()
     return std::exchange(m_sortedOrder, {});
 }
 
-void SearchRun::work()
+void SearchRun::work(int worker)
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer; // reused from archive to archive
@@ -100,6 +109,12 @@ void SearchRun::work()
             block = chunk->blocks.back();
         if (chunk->rows.empty())
             chunk->blocks.clear();
+        // Named now, while its names are in this processor's cache; each worker fills its own slots.
+        else if (m_request.sortRows && !m_abandoned.load(std::memory_order_relaxed)) {
+            AlphabeticalOrder::NameTable &table = *m_nameTables[size_t(worker)];
+            m_nameIds[size_t(archive)] = table.nameRows(*chunk);
+            m_namedRows[size_t(archive)] = {&table, &m_nameIds[size_t(archive)]};
+        }
         publish(archive, std::move(chunk));
     }
 
@@ -112,7 +127,14 @@ void SearchRun::work()
                 QMutexLocker lock(&m_mutex);
                 rows = m_published;
             }
-            std::vector<quint32> order = SearchResults::sortedOrder(rows, &m_abandoned);
+            std::vector<AlphabeticalOrder::NamedRows> named;
+            named.reserve(rows.size());
+            for (const auto &chunk : rows)
+                named.push_back(m_namedRows[size_t(chunk->archive)]);
+            std::vector<quint32> order = AlphabeticalOrder::order(rows, named, &m_abandoned);
+            m_nameIds = {};
+            m_namedRows = {};
+            m_nameTables.clear();
             QMutexLocker lock(&m_mutex);
             m_sortedOrder = std::move(order);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "alphabeticalorder.h"
 #include "archivestream.h"
 #include "searchresults.h"
 #include "searchrules.h"
@@ -80,7 +81,7 @@ signals:
     void finished();
 
 private:
-    void work();
+    void work(int worker);
     void publish(int archive, std::shared_ptr<ResultChunk> chunk);
 
     // Read by every worker at once: const, so no access can detach (copy) the shared lists.
@@ -93,6 +94,10 @@ private:
     std::atomic_int m_archivesDone{0};
     std::atomic_int m_workersLeft{0};
     std::vector<std::thread> m_threads;
+    // For the alphabetical order: a name table per worker, and by archive, its rows' name ids.
+    std::vector<std::unique_ptr<AlphabeticalOrder::NameTable>> m_nameTables;
+    std::vector<AlphabeticalOrder::NamedRows> m_namedRows;
+    std::vector<std::vector<quint32>> m_nameIds;
 
     QMutex m_mutex; // guards everything below
     std::vector<std::shared_ptr<ResultChunk>> m_scanned; // by archive, until handed over in order

@@ -85,11 +85,8 @@ public:
     qsizetype sortedIndex(qsizetype sorted) const { return m_sorted[size_t(sorted)]; }
     QString sortedRow(qsizetype sorted) const;
 
-    // The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
-    // accented capital beside its base letter (É with E), names equal so far by their upper-cased
-    // bytes, and names that read the same once upper-cased (readme, README) in the order found.
-    // Linear in the bytes of the distinct stored paths, whatever the number of rows they give.
-    // Empty when `abandon` is set meanwhile.
+    // The alphabetical view's order of the rows of `chunks` (AlphabeticalOrder); empty when `abandon`
+    // is set meanwhile.
     static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
                                             const std::atomic_bool *abandon = nullptr);
 

@@ -1,0 +1,342 @@
+#include "alphabeticalorder.h"
+
+#include "windows1252.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <numeric>
+#include <thread>
+
+namespace AlphabeticalOrder {
+namespace {
+
+// The letter each byte sorts as: upper-cased, accented capitals as their base letter.
+std::array<unsigned char, 256> makeSortLetters()
+{
+    const unsigned char *upper = Windows1252::upperTable();
+    // Windows-1252 0xC0 to 0xDF, then Š, Œ, Ž and Ÿ.
+    const char accented[] = "AAAAAAACEEEEIIIIDNOOOOO\xd7OUUUUY\xdeS";
+    std::array<unsigned char, 256> letters{};
+    for (int b = 0; b < 256; ++b) {
+        unsigned char u = upper[b];
+        if (u >= 0xC0 && u <= 0xDF)
+            u = static_cast<unsigned char>(accented[u - 0xC0]);
+        else if (u == 0x8A)
+            u = 'S';
+        else if (u == 0x8C)
+            u = 'O';
+        else if (u == 0x8E)
+            u = 'Z';
+        else if (u == 0x9F)
+            u = 'Y';
+        letters[size_t(b)] = u;
+    }
+    return letters;
+}
+
+const unsigned char *sortLetters()
+{
+    static const std::array<unsigned char, 256> letters = makeSortLetters();
+    return letters.data();
+}
+
+// A distinct name: its first sort letters, big-endian, so most names are ordered by integer
+// comparisons, and where it lies for the others.
+constexpr int kHeadWords = 4;
+constexpr quint32 kHeadLetters = kHeadWords * 8;
+
+struct SortEntry
+{
+    quint64 head[kHeadWords];
+    const char *name;
+    quint32 length;
+    bool folded; // holds a letter that sorts as another (an accented one)
+};
+
+SortEntry entryOf(QByteArrayView name)
+{
+    const unsigned char *letters = sortLetters();
+    SortEntry entry{{}, name.data(), quint32(name.size()), false};
+    const auto *bytes = reinterpret_cast<const unsigned char *>(name.data());
+    const auto inHead = std::min<qsizetype>(kHeadLetters, name.size());
+    for (qsizetype word = 0; word * 8 < inHead; ++word) {
+        const qsizetype end = std::min<qsizetype>(8, inHead - word * 8);
+        quint64 head = 0;
+        for (qsizetype i = 0; i < end; ++i)
+            head |= quint64(letters[bytes[word * 8 + i]]) << (56 - 8 * i);
+        entry.head[word] = head;
+    }
+    const unsigned char *upper = Windows1252::upperTable();
+    for (qsizetype i = 0; i < name.size() && !entry.folded; ++i)
+        entry.folded = letters[bytes[i]] != upper[bytes[i]];
+    return entry;
+}
+
+// -1, 0 or 1 as `a` sorts before, with or after `b`, letter by letter through `table` from `from` on.
+int compareNames(const SortEntry &a, const SortEntry &b, const unsigned char *table, quint32 from)
+{
+    const quint32 common = std::min(a.length, b.length);
+    quint32 i = from;
+    // Bytes stored alike sort alike: long equal stretches (huge names) are passed eight at a time.
+    while (i + 8 <= common && std::memcmp(a.name + i, b.name + i, 8) == 0)
+        i += 8;
+    for (; i < common; ++i) {
+        const unsigned char ca = table[static_cast<unsigned char>(a.name[i])];
+        const unsigned char cb = table[static_cast<unsigned char>(b.name[i])];
+        if (ca != cb)
+            return ca < cb ? -1 : 1;
+    }
+    return a.length == b.length ? 0 : a.length < b.length ? -1 : 1;
+}
+
+// -1, 0 or 1 as `a` sorts before, with or after `b`; 0 when they read the same once upper-cased.
+int compareEntries(const SortEntry &a, const SortEntry &b)
+{
+    for (int i = 0; i < kHeadWords; ++i) {
+        if (a.head[i] != b.head[i])
+            return a.head[i] < b.head[i] ? -1 : 1;
+    }
+    if (const int byLetters = compareNames(a, b, sortLetters(), kHeadLetters))
+        return byLetters;
+    return compareNames(a, b, Windows1252::upperTable(), 0);
+}
+
+// Whether two names read the same once upper-cased.
+bool sameShownName(const SortEntry &a, const SortEntry &b, const unsigned char *upper)
+{
+    if (a.length != b.length)
+        return false;
+    for (int i = 0; i < kHeadWords; ++i) {
+        if (a.head[i] != b.head[i])
+            return false;
+    }
+    // Names held whole in their heads, without a letter that sorts as another: equal heads say
+    // all, and the names are not read (they lie far apart in memory).
+    if (a.length <= kHeadLetters && !a.folded && !b.folded)
+        return true;
+    if (std::memcmp(a.name, b.name, a.length) == 0)
+        return true;
+    for (quint32 i = 0; i < a.length; ++i) {
+        if (upper[static_cast<unsigned char>(a.name[i])] != upper[static_cast<unsigned char>(b.name[i])])
+            return false;
+    }
+    return true;
+}
+
+// A name's hash from its first sort letters (already made for its entry) and its other bytes
+// upper-cased; names that read the same once upper-cased hash alike.
+quint64 hashOfShownName(const SortEntry &entry, const unsigned char *upper)
+{
+    quint64 h = quint64(entry.length) * 0x9e3779b97f4a7c15ull;
+    for (const quint64 word : entry.head)
+        h = (h ^ word) * 0xbf58476d1ce4e5b9ull;
+    for (quint32 i = kHeadLetters; i < entry.length; ++i)
+        h = (h ^ upper[static_cast<unsigned char>(entry.name[i])]) * 0x100000001b3ull;
+    h ^= h >> 31;
+    h *= 0x94d049bb133111ebull;
+    return h ^ (h >> 29);
+}
+
+} // namespace
+
+// The distinct names a table has met, as shown (upper-cased), found again by open addressing. A
+// slot holds a name's id + 1 and the high half of its hash, so most probes read nothing else.
+struct NameTable::Names
+{
+    std::vector<SortEntry> entries; // by id
+    std::vector<quint64> hashes;    // by id
+    std::vector<quint64> slotTable = std::vector<quint64>(1024, 0); // 0 for none
+    std::vector<std::shared_ptr<PathBlock>> blocks; // holding the names
+
+    // Asks the processor for what idOf(…, hash) will read first: the name's home slot, then (once
+    // that has come) the name it holds. The tables are large: each read would otherwise wait.
+    void prefetchSlot(quint64 hash) const { __builtin_prefetch(&slotTable[size_t(hash) & (slotTable.size() - 1)]); }
+    void prefetchName(quint64 hash) const
+    {
+        const quint64 slot = slotTable[size_t(hash) & (slotTable.size() - 1)];
+        if (slot != 0)
+            __builtin_prefetch(&entries[quint32(slot) - 1]);
+    }
+
+    quint32 idOf(const SortEntry &entry, quint64 hash)
+    {
+        const unsigned char *upper = Windows1252::upperTable();
+        const quint64 tag = hash & ~quint64(0xffffffff);
+        const size_t mask = slotTable.size() - 1;
+        size_t at = size_t(hash) & mask;
+        for (; slotTable[at] != 0; at = (at + 1) & mask) {
+            if ((slotTable[at] & ~quint64(0xffffffff)) != tag)
+                continue;
+            const quint32 id = quint32(slotTable[at]) - 1;
+            if (sameShownName(entries[id], entry, upper))
+                return id;
+        }
+        const auto id = quint32(entries.size());
+        entries.push_back(entry);
+        hashes.push_back(hash);
+        slotTable[at] = tag | (id + 1);
+        if (hashes.size() * 2 > slotTable.size())
+            grow();
+        return id;
+    }
+
+    void grow()
+    {
+        slotTable.assign(slotTable.size() * 2, 0);
+        const size_t mask = slotTable.size() - 1;
+        for (size_t id = 0; id < hashes.size(); ++id) {
+            size_t at = size_t(hashes[id]) & mask;
+            while (slotTable[at] != 0)
+                at = (at + 1) & mask;
+            slotTable[at] = (hashes[id] & ~quint64(0xffffffff)) | (id + 1);
+        }
+    }
+};
+
+NameTable::NameTable()
+    : m_names(std::make_unique<Names>())
+{
+}
+
+NameTable::~NameTable() = default;
+
+std::vector<quint32> NameTable::nameRows(const ResultChunk &chunk)
+{
+    for (const auto &block : chunk.blocks) {
+        if (m_names->blocks.empty() || m_names->blocks.back() != block)
+            m_names->blocks.push_back(block);
+    }
+    // First every row's name and hash (reading the names while they are in the cache), then their ids,
+    // each asked for ahead so that the tables' reads overlap.
+    const unsigned char *upper = Windows1252::upperTable();
+    constexpr quint32 kSame = ~quint32(0); // the row takes the previous row's name
+    struct Named
+    {
+        SortEntry entry;
+        quint64 hash;
+    };
+    std::vector<Named> rows;
+    std::vector<quint32> sameAs(chunk.rows.size(), 0);
+    rows.reserve(chunk.rows.size());
+    const ResultRow *previous = nullptr;
+    for (size_t i = 0; i < chunk.rows.size(); ++i) {
+        const ResultRow &row = chunk.rows[i];
+        // The rows of one path found several times (a string repeated in one name) follow one
+        // another and share its bytes: they take its name without reading it again, so a million
+        // rows of one huge name cost one reading of it.
+        if (previous && previous->path == row.path && previous->pathLength == row.pathLength
+            && previous->nameOffset == row.nameOffset) {
+            sameAs[i] = kSame;
+            continue;
+        }
+        previous = &row;
+        const SortEntry entry = entryOf(chunk.fileName(row));
+        rows.push_back({entry, hashOfShownName(entry, upper)});
+    }
+    constexpr size_t kSlotAhead = 32;
+    constexpr size_t kNameAhead = 16;
+    std::vector<quint32> ids;
+    ids.reserve(chunk.rows.size());
+    size_t next = 0;
+    for (size_t i = 0; i < chunk.rows.size(); ++i) {
+        if (sameAs[i] == kSame) {
+            ids.push_back(ids.back());
+            continue;
+        }
+        if (next + kSlotAhead < rows.size())
+            m_names->prefetchSlot(rows[next + kSlotAhead].hash);
+        if (next + kNameAhead < rows.size())
+            m_names->prefetchName(rows[next + kNameAhead].hash);
+        ids.push_back(m_names->idOf(rows[next].entry, rows[next].hash));
+        ++next;
+    }
+    return ids;
+}
+
+std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                           const std::vector<NamedRows> &named, const std::atomic_bool *abandon)
+{
+    const size_t chunkCount = std::min(chunks.size(), named.size());
+    std::vector<const NameTable *> tables;
+    for (size_t i = 0; i < chunkCount; ++i) {
+        if (std::find(tables.begin(), tables.end(), named[i].table) == tables.end())
+            tables.push_back(named[i].table);
+    }
+    const auto abandoned = [&] { return abandon && abandon->load(std::memory_order_relaxed); };
+
+    // Each table's names sorted, the tables side by side (each has no name twice).
+    std::vector<std::vector<quint32>> sortedIds(tables.size());
+    const auto sortTable = [&](size_t t) {
+        const std::vector<SortEntry> &entries = tables[t]->names().entries;
+        std::vector<quint32> &ids = sortedIds[t];
+        ids.resize(entries.size());
+        std::iota(ids.begin(), ids.end(), 0u);
+        std::sort(ids.begin(), ids.end(), [&](quint32 a, quint32 b) { return compareEntries(entries[a], entries[b]) < 0; });
+    };
+    std::vector<std::thread> helpers;
+    for (size_t t = 1; t < tables.size(); ++t)
+        helpers.emplace_back(sortTable, t);
+    if (!tables.empty())
+        sortTable(0);
+    for (std::thread &helper : helpers)
+        helper.join();
+    if (abandoned())
+        return {};
+
+    // The tables merged into ranks: names that read the same in two tables share one.
+    std::vector<std::vector<quint32>> rankOf(tables.size());
+    std::vector<size_t> next(tables.size(), 0);
+    for (size_t t = 0; t < tables.size(); ++t)
+        rankOf[t].resize(sortedIds[t].size());
+    quint32 ranks = 0;
+    const SortEntry *previous = nullptr;
+    for (;;) {
+        size_t best = tables.size();
+        for (size_t t = 0; t < tables.size(); ++t) {
+            if (next[t] == sortedIds[t].size())
+                continue;
+            if (best == tables.size()
+                || compareEntries(tables[t]->names().entries[sortedIds[t][next[t]]],
+                                  tables[best]->names().entries[sortedIds[best][next[best]]]) < 0)
+                best = t;
+        }
+        if (best == tables.size())
+            break;
+        const quint32 id = sortedIds[best][next[best]++];
+        const SortEntry &entry = tables[best]->names().entries[id];
+        if (!previous || compareEntries(*previous, entry) != 0)
+            ++ranks;
+        rankOf[best][id] = ranks - 1;
+        previous = &entry;
+    }
+
+    // Rows by their name's rank, the same name's rows in the order found.
+    const auto tableIndex = [&](size_t chunk) { return size_t(std::find(tables.begin(), tables.end(), named[chunk].table) - tables.begin()); };
+    std::vector<quint32> firstOfRank(size_t(ranks) + 1, 0);
+    quint32 total = 0;
+    for (size_t i = 0; i < chunkCount; ++i) {
+        const std::vector<quint32> &ranksOfTable = rankOf[tableIndex(i)];
+        const std::vector<quint32> &ids = *named[i].ids;
+        const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
+        for (size_t row = 0; row < kept; ++row)
+            ++firstOfRank[ranksOfTable[ids[row]] + 1];
+        total += quint32(kept);
+    }
+    for (size_t rank = 1; rank < firstOfRank.size(); ++rank)
+        firstOfRank[rank] += firstOfRank[rank - 1];
+    if (abandoned())
+        return {};
+    std::vector<quint32> order(total);
+    quint32 row = 0;
+    for (size_t i = 0; i < chunkCount; ++i) {
+        const std::vector<quint32> &ranksOfTable = rankOf[tableIndex(i)];
+        const std::vector<quint32> &ids = *named[i].ids;
+        const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
+        for (size_t r = 0; r < kept; ++r)
+            order[firstOfRank[ranksOfTable[ids[r]]]++] = row++;
+    }
+    return order;
+}
+
+} // namespace AlphabeticalOrder

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "searchresults.h"
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+// The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
+// accented capital beside its base letter (É with E), names equal so far by their upper-cased bytes,
+// and rows whose names read the same once upper-cased (readme, README) in the order found.
+//
+// Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
+// name), so each distinct name is sorted once and rows are placed by their name's rank. Most of the
+// work runs on the search's workers, each while the names it has just found are still in the
+// processor's cache: every worker gives the rows of its archives ids in its own `NameTable`;
+// `order` then sorts each table's names, merges the tables and places the rows.
+namespace AlphabeticalOrder {
+
+class NameTable
+{
+public:
+    NameTable();
+    ~NameTable();
+    NameTable(const NameTable &) = delete;
+    NameTable &operator=(const NameTable &) = delete;
+
+    // The ids in this table of the names of `chunk`'s rows, in row order. The table keeps the
+    // chunk's path blocks, so its names stay readable whatever becomes of the chunk.
+    std::vector<quint32> nameRows(const ResultChunk &chunk);
+
+    struct Names;
+    const Names &names() const { return *m_names; }
+
+private:
+    std::unique_ptr<Names> m_names;
+};
+
+// A chunk's rows as a table named them.
+struct NamedRows
+{
+    const NameTable *table = nullptr;
+    const std::vector<quint32> *ids = nullptr;
+};
+
+// The order of every row of `chunks` (in the order found), whose rows `named[i]` named. A chunk whose
+// rows were cut after they were named (the search's row limit) keeps only its rows left. Empty when
+// `abandon` is set meanwhile.
+std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                           const std::vector<NamedRows> &named, const std::atomic_bool *abandon = nullptr);
+
+} // namespace AlphabeticalOrder
