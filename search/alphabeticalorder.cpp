@@ -311,31 +311,31 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
         previous = &entry;
     }
 
-    // Rows by their name's rank, the same name's rows in the order found.
-    const auto tableIndex = [&](size_t chunk) { return size_t(std::find(tables.begin(), tables.end(), named[chunk].table) - tables.begin()); };
+    // Rows by their name's rank, the same name's rows in the order found (two passes over the rows
+    // kept, in the order found: the ranks counted, then the rows placed).
+    const auto forEachRank = [&](auto &&visit) {
+        for (size_t i = 0; i < chunkCount; ++i) {
+            const size_t table = size_t(std::find(tables.begin(), tables.end(), named[i].table) - tables.begin());
+            const std::vector<quint32> &ranksOfTable = rankOf[table];
+            const std::vector<quint32> &ids = *named[i].ids;
+            const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
+            for (size_t row = 0; row < kept; ++row)
+                visit(ranksOfTable[ids[row]]);
+        }
+    };
     std::vector<quint32> firstOfRank(size_t(ranks) + 1, 0);
     quint32 total = 0;
-    for (size_t i = 0; i < chunkCount; ++i) {
-        const std::vector<quint32> &ranksOfTable = rankOf[tableIndex(i)];
-        const std::vector<quint32> &ids = *named[i].ids;
-        const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
-        for (size_t row = 0; row < kept; ++row)
-            ++firstOfRank[ranksOfTable[ids[row]] + 1];
-        total += quint32(kept);
-    }
+    forEachRank([&](quint32 rank) {
+        ++firstOfRank[rank + 1];
+        ++total;
+    });
     for (size_t rank = 1; rank < firstOfRank.size(); ++rank)
         firstOfRank[rank] += firstOfRank[rank - 1];
     if (abandoned())
         return {};
     std::vector<quint32> order(total);
     quint32 row = 0;
-    for (size_t i = 0; i < chunkCount; ++i) {
-        const std::vector<quint32> &ranksOfTable = rankOf[tableIndex(i)];
-        const std::vector<quint32> &ids = *named[i].ids;
-        const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
-        for (size_t r = 0; r < kept; ++r)
-            order[firstOfRank[ranksOfTable[ids[r]]]++] = row++;
-    }
+    forEachRank([&](quint32 rank) { order[firstOfRank[rank]++] = row++; });
     return order;
 }
 
