@@ -4,9 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <numeric>
 #include <thread>
+
+#include <sys/mman.h>
 
 namespace AlphabeticalOrder {
 namespace {
@@ -97,8 +101,16 @@ int compareEntries(const SortEntry &a, const SortEntry &b)
         if (a.head[i] != b.head[i])
             return a.head[i] < b.head[i] ? -1 : 1;
     }
-    if (const int byLetters = compareNames(a, b, sortLetters(), kHeadLetters))
+    if (a.length <= kHeadLetters && b.length <= kHeadLetters) {
+        if (a.length != b.length)
+            return a.length < b.length ? -1 : 1;
+        // The same letters throughout: only an accented letter can tell the names apart, so names
+        // without one are equal unread (they lie far apart in memory).
+        if (!a.folded && !b.folded)
+            return 0;
+    } else if (const int byLetters = compareNames(a, b, sortLetters(), kHeadLetters)) {
         return byLetters;
+    }
     return compareNames(a, b, Windows1252::upperTable(), 0);
 }
 
@@ -138,15 +150,58 @@ quint64 hashOfShownName(const SortEntry &entry, const unsigned char *upper)
     return h ^ (h >> 29);
 }
 
+// Memory for the large tables below: in huge pages where the system gives them, as they are read at
+// random and each 4 KB page would otherwise cost its own address translation.
+template<typename T>
+struct HugePageAllocator
+{
+    using value_type = T;
+    static constexpr size_t kHugePage = size_t(2) << 20;
+
+    HugePageAllocator() = default;
+    template<typename U>
+    HugePageAllocator(const HugePageAllocator<U> &) noexcept
+    {
+    }
+
+    T *allocate(size_t count)
+    {
+        const size_t bytes = count * sizeof(T);
+        if (bytes < kHugePage) {
+            if (void *memory = std::malloc(bytes))
+                return static_cast<T *>(memory);
+            throw std::bad_alloc();
+        }
+        const size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+        void *memory = std::aligned_alloc(kHugePage, rounded);
+        if (!memory)
+            throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+        madvise(memory, rounded, MADV_HUGEPAGE);
+#endif
+        return static_cast<T *>(memory);
+    }
+    void deallocate(T *memory, size_t) noexcept { std::free(memory); }
+
+    template<typename U>
+    bool operator==(const HugePageAllocator<U> &) const noexcept
+    {
+        return true;
+    }
+};
+
+template<typename T>
+using LargeVector = std::vector<T, HugePageAllocator<T>>;
+
 } // namespace
 
 // The distinct names a table has met, as shown (upper-cased), found again by open addressing. A
 // slot holds a name's id + 1 and the high half of its hash, so most probes read nothing else.
 struct NameTable::Names
 {
-    std::vector<SortEntry> entries; // by id
-    std::vector<quint64> hashes;    // by id
-    std::vector<quint64> slotTable = std::vector<quint64>(1024, 0); // 0 for none
+    LargeVector<SortEntry> entries; // by id
+    LargeVector<quint64> hashes;    // by id
+    LargeVector<quint64> slotTable = LargeVector<quint64>(1024, 0); // 0 for none
     std::vector<std::shared_ptr<PathBlock>> blocks; // holding the names
 
     // Asks the processor for what idOf(…, hash) will read first: the name's home slot, then (once
@@ -265,14 +320,21 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
     }
     const auto abandoned = [&] { return abandon && abandon->load(std::memory_order_relaxed); };
 
-    // Each table's names sorted, the tables side by side (each has no name twice).
-    std::vector<std::vector<quint32>> sortedIds(tables.size());
+    // Each table's names sorted, the tables side by side (each has no name twice), as copies so that
+    // the merge below reads them in order.
+    struct Sorted
+    {
+        SortEntry entry;
+        quint32 id;
+    };
+    std::vector<std::vector<Sorted>> sorted(tables.size());
     const auto sortTable = [&](size_t t) {
-        const std::vector<SortEntry> &entries = tables[t]->names().entries;
-        std::vector<quint32> &ids = sortedIds[t];
-        ids.resize(entries.size());
-        std::iota(ids.begin(), ids.end(), 0u);
-        std::sort(ids.begin(), ids.end(), [&](quint32 a, quint32 b) { return compareEntries(entries[a], entries[b]) < 0; });
+        const auto &entries = tables[t]->names().entries;
+        sorted[t].reserve(entries.size());
+        for (size_t id = 0; id < entries.size(); ++id)
+            sorted[t].push_back({entries[id], quint32(id)});
+        std::sort(sorted[t].begin(), sorted[t].end(),
+                  [](const Sorted &a, const Sorted &b) { return compareEntries(a.entry, b.entry) < 0; });
     };
     std::vector<std::thread> helpers;
     for (size_t t = 1; t < tables.size(); ++t)
@@ -288,27 +350,24 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
     std::vector<std::vector<quint32>> rankOf(tables.size());
     std::vector<size_t> next(tables.size(), 0);
     for (size_t t = 0; t < tables.size(); ++t)
-        rankOf[t].resize(sortedIds[t].size());
+        rankOf[t].resize(sorted[t].size());
     quint32 ranks = 0;
     const SortEntry *previous = nullptr;
     for (;;) {
         size_t best = tables.size();
         for (size_t t = 0; t < tables.size(); ++t) {
-            if (next[t] == sortedIds[t].size())
+            if (next[t] == sorted[t].size())
                 continue;
-            if (best == tables.size()
-                || compareEntries(tables[t]->names().entries[sortedIds[t][next[t]]],
-                                  tables[best]->names().entries[sortedIds[best][next[best]]]) < 0)
+            if (best == tables.size() || compareEntries(sorted[t][next[t]].entry, sorted[best][next[best]].entry) < 0)
                 best = t;
         }
         if (best == tables.size())
             break;
-        const quint32 id = sortedIds[best][next[best]++];
-        const SortEntry &entry = tables[best]->names().entries[id];
-        if (!previous || compareEntries(*previous, entry) != 0)
+        const Sorted &name = sorted[best][next[best]++];
+        if (!previous || compareEntries(*previous, name.entry) != 0)
             ++ranks;
-        rankOf[best][id] = ranks - 1;
-        previous = &entry;
+        rankOf[best][name.id] = ranks - 1;
+        previous = &name.entry;
     }
 
     // Rows by their name's rank, the same name's rows in the order found (two passes over the rows
