@@ -150,6 +150,14 @@ quint64 hashOfShownName(const SortEntry &entry, const unsigned char *upper)
     return h ^ (h >> 29);
 }
 
+// A found row's name as the table is asked for it.
+struct NamedRow
+{
+    SortEntry entry;
+    quint64 hash;
+    bool sameAsPrevious; // the row takes the previous row's name
+};
+
 // Memory for the large tables below: in huge pages where the system gives them, as they are read at
 // random and each 4 KB page would otherwise cost its own address translation.
 template<typename T>
@@ -203,6 +211,7 @@ struct NameTable::Names
     LargeVector<quint64> hashes;    // by id
     LargeVector<quint64> slotTable = LargeVector<quint64>(1024, 0); // 0 for none
     std::vector<std::shared_ptr<PathBlock>> blocks; // holding the names
+    std::vector<NamedRow> scratch;                  // reused from chunk to chunk
 
     // Asks the processor for what idOf(…, hash) will read first: the name's home slot, then (once
     // that has come) the name it holds. The tables are large: each read would otherwise wait.
@@ -265,46 +274,37 @@ std::vector<quint32> NameTable::nameRows(const ResultChunk &chunk)
     // First every row's name and hash (reading the names while they are in the cache), then their ids,
     // each asked for ahead so that the tables' reads overlap.
     const unsigned char *upper = Windows1252::upperTable();
-    constexpr quint32 kSame = ~quint32(0); // the row takes the previous row's name
-    struct Named
-    {
-        SortEntry entry;
-        quint64 hash;
-    };
-    std::vector<Named> rows;
-    std::vector<quint32> sameAs(chunk.rows.size(), 0);
+    std::vector<NamedRow> &rows = m_names->scratch;
+    rows.clear();
     rows.reserve(chunk.rows.size());
     const ResultRow *previous = nullptr;
-    for (size_t i = 0; i < chunk.rows.size(); ++i) {
-        const ResultRow &row = chunk.rows[i];
+    for (const ResultRow &row : chunk.rows) {
         // The rows of one path found several times (a string repeated in one name) follow one
         // another and share its bytes: they take its name without reading it again, so a million
         // rows of one huge name cost one reading of it.
         if (previous && previous->path == row.path && previous->pathLength == row.pathLength
             && previous->nameOffset == row.nameOffset) {
-            sameAs[i] = kSame;
+            rows.push_back({rows.back().entry, rows.back().hash, true});
             continue;
         }
         previous = &row;
         const SortEntry entry = entryOf(chunk.fileName(row));
-        rows.push_back({entry, hashOfShownName(entry, upper)});
+        rows.push_back({entry, hashOfShownName(entry, upper), false});
     }
     constexpr size_t kSlotAhead = 32;
     constexpr size_t kNameAhead = 16;
     std::vector<quint32> ids;
-    ids.reserve(chunk.rows.size());
-    size_t next = 0;
-    for (size_t i = 0; i < chunk.rows.size(); ++i) {
-        if (sameAs[i] == kSame) {
+    ids.reserve(rows.size());
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (rows[i].sameAsPrevious) {
             ids.push_back(ids.back());
             continue;
         }
-        if (next + kSlotAhead < rows.size())
-            m_names->prefetchSlot(rows[next + kSlotAhead].hash);
-        if (next + kNameAhead < rows.size())
-            m_names->prefetchName(rows[next + kNameAhead].hash);
-        ids.push_back(m_names->idOf(rows[next].entry, rows[next].hash));
-        ++next;
+        if (i + kSlotAhead < rows.size())
+            m_names->prefetchSlot(rows[i + kSlotAhead].hash);
+        if (i + kNameAhead < rows.size())
+            m_names->prefetchName(rows[i + kNameAhead].hash);
+        ids.push_back(m_names->idOf(rows[i].entry, rows[i].hash));
     }
     return ids;
 }
