@@ -9,6 +9,7 @@
 #include <new>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 #include <sys/mman.h>
 
@@ -320,81 +321,116 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
     }
     const auto abandoned = [&] { return abandon && abandon->load(std::memory_order_relaxed); };
 
-    // Each table's names sorted, the tables side by side (each has no name twice), as copies so that
-    // the merge below reads them in order.
+    // Work the processors share: each of the `parts` runs on its own thread, the first on this one.
+    const size_t processors = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, 4);
+    const auto inParallel = [](size_t parts, const auto &work) {
+        std::vector<std::thread> helpers;
+        for (size_t part = 1; part < parts; ++part)
+            helpers.emplace_back(work, part);
+        if (parts > 0)
+            work(size_t(0));
+        for (std::thread &helper : helpers)
+            helper.join();
+    };
+
+    // Each table's names sorted (a large lone table in as many lists as processors), as copies so
+    // that the merge below reads them in order. No list holds a name twice.
     struct Sorted
     {
         SortEntry entry;
         quint32 id;
     };
-    std::vector<std::vector<Sorted>> sorted(tables.size());
-    const auto sortTable = [&](size_t t) {
-        const auto &entries = tables[t]->names().entries;
-        sorted[t].reserve(entries.size());
-        for (size_t id = 0; id < entries.size(); ++id)
-            sorted[t].push_back({entries[id], quint32(id)});
-        std::sort(sorted[t].begin(), sorted[t].end(),
-                  [](const Sorted &a, const Sorted &b) { return compareEntries(a.entry, b.entry) < 0; });
+    struct List
+    {
+        size_t table;
+        size_t first; // the ids [first, end) of the table
+        size_t end;
+        std::vector<Sorted> names;
     };
-    std::vector<std::thread> helpers;
-    for (size_t t = 1; t < tables.size(); ++t)
-        helpers.emplace_back(sortTable, t);
-    if (!tables.empty())
-        sortTable(0);
-    for (std::thread &helper : helpers)
-        helper.join();
+    std::vector<List> lists;
+    for (size_t t = 0; t < tables.size(); ++t) {
+        const size_t count = tables[t]->names().entries.size();
+        const size_t parts = tables.size() == 1 && count >= (size_t(1) << 16) ? processors : 1;
+        for (size_t part = 0; part < parts; ++part)
+            lists.push_back({t, count * part / parts, count * (part + 1) / parts, {}});
+    }
+    inParallel(lists.size(), [&](size_t l) {
+        List &list = lists[l];
+        const auto &entries = tables[list.table]->names().entries;
+        list.names.reserve(list.end - list.first);
+        for (size_t id = list.first; id < list.end; ++id)
+            list.names.push_back({entries[id], quint32(id)});
+        std::sort(list.names.begin(), list.names.end(),
+                  [](const Sorted &a, const Sorted &b) { return compareEntries(a.entry, b.entry) < 0; });
+    });
     if (abandoned())
         return {};
 
-    // The tables merged into ranks: names that read the same in two tables share one.
+    // The lists merged into ranks: names that read the same in two lists share one.
     std::vector<std::vector<quint32>> rankOf(tables.size());
-    std::vector<size_t> next(tables.size(), 0);
     for (size_t t = 0; t < tables.size(); ++t)
-        rankOf[t].resize(sorted[t].size());
+        rankOf[t].resize(tables[t]->names().entries.size());
+    std::vector<size_t> next(lists.size(), 0);
     quint32 ranks = 0;
     const SortEntry *previous = nullptr;
     for (;;) {
-        size_t best = tables.size();
-        for (size_t t = 0; t < tables.size(); ++t) {
-            if (next[t] == sorted[t].size())
+        size_t best = lists.size();
+        for (size_t l = 0; l < lists.size(); ++l) {
+            if (next[l] == lists[l].names.size())
                 continue;
-            if (best == tables.size() || compareEntries(sorted[t][next[t]].entry, sorted[best][next[best]].entry) < 0)
-                best = t;
+            if (best == lists.size() || compareEntries(lists[l].names[next[l]].entry, lists[best].names[next[best]].entry) < 0)
+                best = l;
         }
-        if (best == tables.size())
+        if (best == lists.size())
             break;
-        const Sorted &name = sorted[best][next[best]++];
+        const Sorted &name = lists[best].names[next[best]++];
         if (!previous || compareEntries(*previous, name.entry) != 0)
             ++ranks;
-        rankOf[best][name.id] = ranks - 1;
+        rankOf[lists[best].table][name.id] = ranks - 1;
         previous = &name.entry;
     }
 
-    // Rows by their name's rank, the same name's rows in the order found (two passes over the rows
-    // kept, in the order found: the ranks counted, then the rows placed).
-    const auto forEachRank = [&](auto &&visit) {
-        for (size_t i = 0; i < chunkCount; ++i) {
-            const size_t table = size_t(std::find(tables.begin(), tables.end(), named[i].table) - tables.begin());
-            const std::vector<quint32> &ranksOfTable = rankOf[table];
+    // Rows by their name's rank, the same name's rows in the order found: the chunks are shared out
+    // in stretches of about as many rows, each stretch's ranks counted, then its rows placed after
+    // those of the earlier stretches with the same rank.
+    std::vector<size_t> tableOf(chunkCount);
+    std::vector<quint32> firstRowOf(chunkCount + 1, 0);
+    for (size_t i = 0; i < chunkCount; ++i) {
+        tableOf[i] = size_t(std::find(tables.begin(), tables.end(), named[i].table) - tables.begin());
+        firstRowOf[i + 1] = firstRowOf[i] + quint32(std::min(chunks[i]->rows.size(), named[i].ids->size()));
+    }
+    const quint32 total = firstRowOf[chunkCount];
+    const size_t stretches = total >= (1u << 16) ? processors : 1;
+    std::vector<size_t> stretchStart(stretches + 1, chunkCount);
+    for (size_t s = 0, i = 0; s < stretches; ++s) {
+        while (i < chunkCount && firstRowOf[i] < quint64(total) * s / stretches)
+            ++i;
+        stretchStart[s] = i;
+    }
+    const auto forEachRank = [&](size_t stretch, auto &&visit) {
+        for (size_t i = stretchStart[stretch]; i < stretchStart[stretch + 1]; ++i) {
+            const std::vector<quint32> &ranksOfTable = rankOf[tableOf[i]];
             const std::vector<quint32> &ids = *named[i].ids;
-            const size_t kept = std::min(chunks[i]->rows.size(), ids.size());
-            for (size_t row = 0; row < kept; ++row)
-                visit(ranksOfTable[ids[row]]);
+            const quint32 kept = firstRowOf[i + 1] - firstRowOf[i];
+            for (quint32 row = 0; row < kept; ++row)
+                visit(ranksOfTable[ids[row]], firstRowOf[i] + row);
         }
     };
-    std::vector<quint32> firstOfRank(size_t(ranks) + 1, 0);
-    quint32 total = 0;
-    forEachRank([&](quint32 rank) {
-        ++firstOfRank[rank + 1];
-        ++total;
+    std::vector<std::vector<quint32>> placeOf(stretches, std::vector<quint32>(size_t(ranks), 0));
+    inParallel(stretches, [&](size_t stretch) {
+        forEachRank(stretch, [&](quint32 rank, quint32) { ++placeOf[stretch][rank]; });
     });
-    for (size_t rank = 1; rank < firstOfRank.size(); ++rank)
-        firstOfRank[rank] += firstOfRank[rank - 1];
     if (abandoned())
         return {};
+    quint32 place = 0;
+    for (quint32 rank = 0; rank < ranks; ++rank) {
+        for (size_t stretch = 0; stretch < stretches; ++stretch)
+            place += std::exchange(placeOf[stretch][rank], place);
+    }
     std::vector<quint32> order(total);
-    quint32 row = 0;
-    forEachRank([&](quint32 rank) { order[firstOfRank[rank]++] = row++; });
+    inParallel(stretches, [&](size_t stretch) {
+        forEachRank(stretch, [&](quint32 rank, quint32 row) { order[placeOf[stretch][rank]++] = row; });
+    });
     return order;
 }
 

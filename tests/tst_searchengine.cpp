@@ -355,6 +355,40 @@ private slots:
         }
     }
 
+    void largeResultsSortAsSmallOnes()
+    {
+        // Past 65,536 names or rows the order is built in parts, on as many threads as processors:
+        // a lone table's names in several lists, the rows placed in several stretches.
+        QTemporaryDir dir;
+        const QByteArray alphabet("aAbBcCdD\xe9\xc9x");
+        QRandomGenerator random(20261122);
+        QList<ArchiveToScan> archives;
+        QList<std::string> expected;
+        for (int a = 0; a < 3; ++a) {
+            QByteArray archive;
+            for (int l = 0; l < 60000; ++l) {
+                archive.append("\"d:\\X\\");
+                const int length = random.bounded(1, l % 7 == 0 ? 40 : 12);
+                for (int i = 0; i < length; ++i)
+                    archive.append(alphabet[random.bounded(int(alphabet.size()))]);
+                archive.append("\"\r\n");
+            }
+            archives.append({dir.filePath(u"L%1.lst"_qs.arg(a)), u"L%1"_qs.arg(a)});
+            QVERIFY(TestSupport::writeFile(archives.last().filePath, archive));
+            expected.append(referenceSearch(SearchKind::Theme, "X", archive.toStdString()));
+        }
+        QCOMPARE(expected.size(), 180000);
+        const std::vector<qsizetype> expectedOrder = referenceSortedOrder(expected);
+        for (int threads : {1, 2}) {
+            const SearchResults results = SearchRun::runAndWait({SearchKind::Theme, "X", archives, 0, threads});
+            QCOMPARE(results.sortedSize(), 180000);
+            std::vector<qsizetype> order;
+            for (qsizetype i = 0; i < results.sortedSize(); ++i)
+                order.push_back(results.sortedIndex(i));
+            QVERIFY(order == expectedOrder);
+        }
+    }
+
     void archiveCutShortOrReplacedWhileReadEndsCleanly()
     {
         QTemporaryDir dir;
