@@ -560,6 +560,31 @@ private slots:
         QCOMPARE(results.sortedRow(5), u"A.TXT"_qs + QString(60, u' ') + u" 12"_qs);
     }
 
+    void everyAsciiByteSortsByItsCapital()
+    {
+        // Every byte from 1 to 127, alone, beside its neighbours and before and after letters, in
+        // both cases, against a plain sort: only a to z change, and the rest keep their places.
+        auto chunk = std::make_shared<ResultChunk>();
+        QList<QByteArray> stored;
+        for (int b = 1; b < 128; ++b) {
+            const char c = char(b);
+            for (const QByteArray &name : {QByteArray(1, c), QByteArray(1, c) + "a", "z" + QByteArray(1, c),
+                                           QByteArray(9, c) + "Zz", "abcdefgh" + QByteArray(1, c)})
+                stored.append(name);
+        }
+        for (const QByteArray &name : std::as_const(stored)) {
+            const QByteArray path = "d:\\" + name;
+            chunk->rows.push_back({chunk->store(path), quint32(path.size()), 3});
+        }
+        std::vector<qsizetype> expected(size_t(stored.size()));
+        std::iota(expected.begin(), expected.end(), 0);
+        std::stable_sort(expected.begin(), expected.end(), [&](qsizetype a, qsizetype b) {
+            return stored[a].toUpper() < stored[b].toUpper();
+        });
+        const std::vector<quint32> order = SearchResults::sortedOrder({chunk});
+        QVERIFY(std::equal(order.begin(), order.end(), expected.begin(), expected.end()));
+    }
+
     void archiveSelectionKeepsTheFirst500()
     {
         QStringList files;
