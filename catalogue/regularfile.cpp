@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 RegularFile::RegularFile(const QString &path)
@@ -44,6 +45,22 @@ void RegularFile::adviseSequential()
 {
     if (m_fd >= 0)
         ::posix_fadvise(m_fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+void RegularFile::adviseWillNeed()
+{
+    if (m_fd >= 0)
+        ::posix_fadvise(m_fd, 0, 0, POSIX_FADV_WILLNEED);
+}
+
+bool RegularFile::startIsCached() const
+{
+    if (m_fd < 0 || m_size == 0)
+        return true;
+    char byte = 0;
+    iovec into{&byte, 1};
+    // RWF_NOWAIT: the read fails with EAGAIN rather than wait for the disk.
+    return ::preadv2(m_fd, &into, 1, 0, RWF_NOWAIT) >= 0 || errno != EAGAIN;
 }
 
 QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole)

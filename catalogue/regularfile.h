@@ -21,6 +21,11 @@ public:
     qint64 read(char *into, qint64 count);
     // Asks the system to read ahead generously: the file is about to be read from start to end.
     void adviseSequential();
+    // Asks the system to read the whole file into its cache now, without waiting for it.
+    void adviseWillNeed();
+    // Whether the file's first bytes are in the system's cache (asked without reading the disk);
+    // true when the system cannot tell.
+    bool startIsCached() const;
 
 private:
     int m_fd = -1;

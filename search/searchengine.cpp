@@ -42,6 +42,7 @@ void SearchRun::start()
 {
     const int threads = std::max(1, std::min<int>(m_request.threads, int(m_request.archives.size())));
     m_workersLeft.store(threads);
+    m_workers = threads;
     if (m_request.sortRows) {
         for (int i = 0; i < threads; ++i)
             m_nameTables.push_back(std::make_unique<AlphabeticalOrder::NameTable>());
@@ -89,6 +90,17 @@ void SearchRun::work(int worker)
         // An archive that cannot be opened or read, or is not a regular file, gives no rows.
         RegularFile file(m_request.archives[archive].filePath);
         if (file.isOpen()) {
+            // Archives that are not in the system's cache are read from the disk: each one is then
+            // asked for whole, and so is the one the workers take next, so the disk works while
+            // the processors scan. (Cached archives skip it: it costs more than it saves there.)
+            if (!m_readingFromDisk.load(std::memory_order_relaxed) && !file.startIsCached())
+                m_readingFromDisk.store(true, std::memory_order_relaxed);
+            if (m_readingFromDisk.load(std::memory_order_relaxed)) {
+                file.adviseWillNeed();
+                const qsizetype next = archive + qsizetype(m_workers);
+                if (next < m_request.archives.size())
+                    RegularFile(m_request.archives[next].filePath).adviseWillNeed();
+            }
             file.adviseSequential();
             ArchiveStream stream(file, buffer, m_request.readChunk);
             QByteArrayView lines;

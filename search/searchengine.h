@@ -90,10 +90,12 @@ private:
     std::atomic_bool m_abandoned{false}; // nobody will read the rows: not even sorting is worth it
     std::atomic_bool m_finished{false};
     std::atomic_bool m_limitReached{false};
+    std::atomic_bool m_readingFromDisk{false}; // an archive was found outside the system's cache
     std::atomic_int m_nextArchive{0};
     std::atomic_int m_archivesDone{0};
     std::atomic_int m_workersLeft{0};
     std::vector<std::thread> m_threads;
+    int m_workers = 0; // set before they start
     // For the alphabetical order: a name table per worker, and by archive, its rows' name ids.
     std::vector<std::unique_ptr<AlphabeticalOrder::NameTable>> m_nameTables;
     std::vector<AlphabeticalOrder::NamedRows> m_namedRows;
