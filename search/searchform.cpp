@@ -5,9 +5,9 @@
 #include "dialogs.h"
 #include "extensionentry.h"
 #include "foundfilepanel.h"
+#include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "resultlistmodel.h"
 #include "searchengine.h"
 #include "tablefile.h"
 #include "textformat.h"
@@ -23,7 +23,6 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QThread>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -73,27 +72,13 @@ SearchForm::SearchForm(const DataDirectory &data, const FoundFileActions::Servic
     setWindowTitle(u"Kalvex2 Recherches"_qs);
     setObjectName(u"SearchForm"_qs);
     m_panel = new FoundFilePanel(services, this);
-    for (auto column : {ResultListModel::Column::FileName, ResultListModel::Column::Archive,
-                        ResultListModel::Column::Extension, ResultListModel::Column::Path,
-                        ResultListModel::Column::Sorted})
-        m_models.append(new ResultListModel(m_results, column, this));
+    // Named "result" and the model's column number (0 file names, 3 paths, 4 alphabetical).
+    m_lists = new FoundRowLists(SearchKind::Name, {u"result0"_qs, u"result1"_qs, u"result2"_qs, u"result3"_qs, u"result4"_qs},
+                                this);
     buildLayout();
 }
 
 SearchForm::~SearchForm() = default;
-
-QListView *SearchForm::makeResultView(ResultListModel *model, const QString &accessibleName)
-{
-    auto *view = new QListView(this);
-    view->setObjectName(u"result"_qs + QString::number(m_models.indexOf(model)));
-    view->setModel(model);
-    view->setUniformItemSizes(true);
-    view->setLayoutMode(QListView::Batched);
-    view->setBatchSize(500);
-    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    view->setAccessibleName(accessibleName);
-    return view;
-}
 
 void SearchForm::buildLayout()
 {
@@ -185,21 +170,13 @@ void SearchForm::buildLayout()
         column->addWidget(view);
         resultsRow->addLayout(column, stretch);
     };
-    QListView *names = makeResultView(m_models[0], u"Classement ordre du support"_qs);
-    QListView *archives = makeResultView(m_models[1], u"Archives des fichiers trouvés"_qs);
-    QListView *extensions = makeResultView(m_models[2], u"Extensions des fichiers trouvés"_qs);
-    QListView *paths = makeResultView(m_models[3], u"Chemins des fichiers trouvés"_qs);
-    paths->setToolTip(u"Bouton gauche pour sélectioner<-->bouton droit pour exécuter le fichier"_qs);
-    m_sortedView = makeResultView(m_models[4], u"Classement alphabétique"_qs);
-    m_orderFoundViews = {names, archives, extensions, paths};
-    m_pressableViews = {names, paths, m_sortedView};
-    for (QListView *view : std::as_const(m_pressableViews))
+    for (QListView *view : m_lists->pressableViews())
         view->viewport()->installEventFilter(this);
-    addColumn(names, u"Classement ordre du support"_qs, 3);
-    addColumn(archives, u"Support"_qs, 1);
-    addColumn(extensions, u"Ext."_qs, 1);
-    addColumn(paths, u"Chemin"_qs, 5);
-    addColumn(m_sortedView, u"Classement alphabétique"_qs, 3);
+    addColumn(m_lists->names(), u"Classement ordre du support"_qs, 3);
+    addColumn(m_lists->archives(), u"Support"_qs, 1);
+    addColumn(m_lists->extensions(), u"Ext."_qs, 1);
+    addColumn(m_lists->paths(), u"Chemin"_qs, 5);
+    addColumn(m_lists->sorted(), u"Classement alphabétique"_qs, 3);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top, 3);
@@ -208,23 +185,10 @@ void SearchForm::buildLayout()
     layout->addLayout(resultsRow, 4);
     resize(1180, 820);
 
-    // The parallel lists scroll and choose together.
-    for (QListView *view : std::as_const(m_orderFoundViews)) {
-        for (QListView *other : std::as_const(m_orderFoundViews)) {
-            if (other != view)
-                connect(view->verticalScrollBar(), &QScrollBar::valueChanged, other->verticalScrollBar(), &QScrollBar::setValue);
-        }
-        connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
-                [this](const QModelIndex &current) {
-                    if (current.isValid())
-                        setCurrentRow(current.row());
-                });
-    }
-    connect(m_sortedView->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex &current) {
-                if (current.isValid() && current.row() < m_results.sortedSize())
-                    setCurrentRow(m_results.sortedIndex(current.row()));
-            });
+    connect(m_lists, &FoundRowLists::rowChosen, this, &SearchForm::setCurrentRow);
+    connect(m_lists, &FoundRowLists::rowsArrived, this, &SearchForm::showFoundCount);
+    connect(m_lists, &FoundRowLists::progressed, this, [this](int done) { m_archives->showProgress(done, m_progress); });
+    connect(m_lists, &FoundRowLists::finished, this, &SearchForm::finishSearch);
 
     connect(m_byName, &QToolButton::clicked, this, &SearchForm::searchByName);
     connect(m_byString, &QToolButton::clicked, this, &SearchForm::searchByString);
@@ -305,9 +269,7 @@ void SearchForm::filterClass(int code)
 
 void SearchForm::clearResults()
 {
-    m_results.clear();
-    for (ResultListModel *model : std::as_const(m_models))
-        model->reset();
+    m_lists->clear(); // a search still running is dropped with its rows
     m_currentRow = -1;
     m_foundCount->clear();
     m_term->clear();
@@ -316,10 +278,6 @@ void SearchForm::clearResults()
 
 void SearchForm::startSearch(SearchKind kind, const QString &typed)
 {
-    if (m_run) {
-        m_run->stop();
-        m_run.reset(); // its rows are dropped with it
-    }
     clearResults();
     m_searchedTerm = searchTerm(typed);
     m_term->setText(Windows1252::decode(m_searchedTerm));
@@ -332,52 +290,20 @@ void SearchForm::startSearch(SearchKind kind, const QString &typed)
     request.rowLimit = kind == SearchKind::Extension ? kExtensionRowLimit : 0;
     request.threads = std::clamp(QThread::idealThreadCount(), 1, 4);
     request.archives = m_archives->archivesToSearch(&archivesToScan);
-    QStringList names;
-    for (const ArchiveToScan &archive : std::as_const(request.archives))
-        names.append(archive.name);
-    m_results.setArchiveNames(names);
-
     m_loading->setVisible(true);
     m_progress->setVisible(true);
     m_stop->setVisible(true);
-
-    m_run = std::make_unique<SearchRun>(std::move(request));
-    SearchRun *run = m_run.get();
-    // Signals come from the worker threads. Those of a run already replaced may still be queued (and
-    // the new run may have its address), so each run is known by its serial number.
-    const quint64 serial = ++m_runSerial;
-    const auto current = [this, serial] { return m_run && m_runSerial == serial; };
-    connect(run, &SearchRun::chunksReady, this, [this, current] { if (current()) takeRows(); }, Qt::QueuedConnection);
-    connect(run, &SearchRun::progressed, this, [this, current](int done) { if (current()) showProgress(done); },
-            Qt::QueuedConnection);
-    connect(run, &SearchRun::finished, this, [this, current] { if (current()) finishSearch(); }, Qt::QueuedConnection);
-    showProgress(0);
-    run->start();
+    m_lists->start(std::move(request));
 }
 
-void SearchForm::takeRows()
+void SearchForm::showFoundCount()
 {
-    for (auto &chunk : m_run->takeChunks())
-        m_results.append(std::move(chunk));
-    for (int i = 0; i < 4; ++i)
-        m_models[i]->showNewRows();
-    m_foundCount->setText(u"Nombre de fichiers trouvés: "_qs + formatSigned(m_results.size()));
+    m_foundCount->setText(u"Nombre de fichiers trouvés: "_qs + formatSigned(m_lists->results().size()));
 }
 
-void SearchForm::showProgress(int archivesDone)
+void SearchForm::finishSearch(bool limitReached)
 {
-    m_archives->showProgress(archivesDone, m_progress);
-}
-
-void SearchForm::finishSearch()
-{
-    takeRows();
-    m_results.setSortedOrder(m_run->takeSortedOrder());
-    m_models[4]->reset();
-    const bool limitReached = m_run->limitReached();
-    m_run.reset();
     m_extension->clear();
-    m_foundCount->setText(u"Nombre de fichiers trouvés: "_qs + formatSigned(m_results.size()));
     m_loading->setVisible(false);
     m_progress->setVisible(false);
     m_stop->setVisible(false);
@@ -389,8 +315,7 @@ void SearchForm::finishSearch()
 
 void SearchForm::stopSearch()
 {
-    if (m_run)
-        m_run->stop();
+    m_lists->stop();
 }
 
 void SearchForm::keyPressEvent(QKeyEvent *event)
@@ -404,43 +329,19 @@ void SearchForm::keyPressEvent(QKeyEvent *event)
 
 void SearchForm::reject()
 {
-    m_run.reset();
+    m_lists->abandon();
     m_loading->setVisible(false);
     m_progress->setVisible(false);
     m_stop->setVisible(false);
     Form::reject();
 }
 
-QString SearchForm::foundFileName(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? Windows1252::decode(m_results.fileName(row)) : QString();
-}
-
-QString SearchForm::foundPath(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? Windows1252::decode(m_results.path(row)) : QString();
-}
-
-QString SearchForm::foundExtension(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? Windows1252::decode(m_results.extension(row)) : QString();
-}
-
-QString SearchForm::foundArchive(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? m_results.archiveName(row) : QString();
-}
-
 void SearchForm::setCurrentRow(qsizetype row)
 {
-    if (row < 0 || row >= m_results.size() || row == m_currentRow)
+    if (row < 0 || row >= foundCount() || row == m_currentRow)
         return;
     m_currentRow = row;
-    for (QListView *view : std::as_const(m_orderFoundViews)) {
-        const QModelIndex index = view->model()->index(int(row), 0);
-        if (view->currentIndex() != index)
-            view->setCurrentIndex(index);
-    }
+    m_lists->showCurrentRow(row);
     m_panel->choose(currentPath(), currentArchive());
     m_medium->setText(m_panel->row().archiveLabel());
     emit currentRowChanged(row);
@@ -469,7 +370,7 @@ bool SearchForm::eventFilter(QObject *watched, QEvent *event)
     }
     if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
         return Form::eventFilter(watched, event);
-    for (QListView *view : std::as_const(m_pressableViews)) {
+    for (QListView *view : m_lists->pressableViews()) {
         if (watched != view->viewport())
             continue;
         const auto *press = static_cast<QMouseEvent *>(event);
@@ -505,11 +406,7 @@ void SearchForm::requestViewer(FoundFileActions::FileClass fileClass)
 
 void SearchForm::printPaths()
 {
-    QStringList paths;
-    paths.reserve(m_results.size());
-    for (qsizetype row = 0; row < m_results.size(); ++row)
-        paths.append(foundPath(row));
-    printList(m_printer, m_clock, paths);
+    printList(m_printer, m_clock, m_lists->allPaths());
 }
 
 void SearchForm::askFileName()

@@ -2,12 +2,10 @@
 
 #include "formsupport.h"
 #include "foundfileactions.h"
-#include "searchresults.h"
+#include "foundrowlists.h"
 #include "searchrules.h"
 
-#include <QPointer>
 
-#include <memory>
 
 class ArchivePicker;
 class Clock;
@@ -22,8 +20,6 @@ class QListWidget;
 class QProgressBar;
 class QPushButton;
 class QToolButton;
-class ResultListModel;
-class SearchRun;
 
 // "Kalvex2 Recherches": searches the archives of the chosen folder (or of every folder) by file
 // name, by string or by extension, and shows the rows found in parallel lists. A left press on a
@@ -45,15 +41,15 @@ public:
     void filterClass(int code);
     // Ends a running search early, keeping the rows found so far.
     void stopSearch();
-    bool isSearching() const { return m_run != nullptr; }
+    bool isSearching() const { return m_lists->isSearching(); }
 
     // The rows of the last search, by index in the order found.
-    const SearchResults &results() const { return m_results; }
-    qsizetype foundCount() const { return m_results.size(); }
-    QString foundFileName(qsizetype row) const;
-    QString foundPath(qsizetype row) const;
-    QString foundExtension(qsizetype row) const;
-    QString foundArchive(qsizetype row) const;
+    const SearchResults &results() const { return m_lists->results(); }
+    qsizetype foundCount() const { return results().size(); }
+    QString foundFileName(qsizetype row) const { return m_lists->fileName(row); }
+    QString foundPath(qsizetype row) const { return m_lists->path(row); }
+    QString foundExtension(qsizetype row) const { return m_lists->extension(row); }
+    QString foundArchive(qsizetype row) const { return m_lists->archive(row); }
     // "0" after a search by name or string, "1" after a search by extension.
     QString searchKindMarker() const { return m_kindMarker; }
 
@@ -91,12 +87,9 @@ protected:
 private:
     void buildLayout();
     void startSearch(SearchKind kind, const QString &typed);
-    void takeRows();
-    void showProgress(int archivesDone);
-    void finishSearch();
+    void showFoundCount();
+    void finishSearch(bool limitReached);
     void clearResults();
-    // Named "result" and the model's column number (0 file names, 3 paths, 4 alphabetical).
-    QListView *makeResultView(ResultListModel *model, const QString &accessibleName);
 
     const DataDirectory &m_data;
     Dialogs &m_dialogs;
@@ -120,15 +113,9 @@ private:
     QLabel *m_foundCount = nullptr;
     QLabel *m_term = nullptr;
     QLabel *m_kind = nullptr;
-    QList<QListView *> m_orderFoundViews; // file names, archives, extensions, paths
-    QListView *m_sortedView = nullptr;
-    QList<QListView *> m_pressableViews; // file names, paths, alphabetical
+    FoundRowLists *m_lists = nullptr;
     FoundFilePanel *m_panel = nullptr;
 
-    SearchResults m_results;
-    QList<ResultListModel *> m_models;
-    std::unique_ptr<SearchRun> m_run;
-    quint64 m_runSerial = 0;
     QString m_kindMarker;
     QByteArray m_searchedTerm;
     qsizetype m_currentRow = -1;

@@ -5,9 +5,9 @@
 #include "dialogs.h"
 #include "extensionentry.h"
 #include "foundfilepanel.h"
+#include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "resultlistmodel.h"
 #include "searchengine.h"
 #include "tablefile.h"
 #include "textformat.h"
@@ -23,7 +23,6 @@
 #include <QMouseEvent>
 #include <QProgressBar>
 #include <QScreen>
-#include <QScrollBar>
 #include <QThread>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -41,28 +40,13 @@ ThemeSearchForm::ThemeSearchForm(const DataDirectory &data, const FoundFileActio
     m_panel->hideClassButtons(); // this window has none
     setWindowTitle(u"Kalvex : Recherche à partir d'un thème sélectionné."_qs);
     setObjectName(u"ThemeSearchForm"_qs);
-    m_results.setKind(SearchKind::Theme);
-    for (auto column : {ResultListModel::Column::FileName, ResultListModel::Column::Archive,
-                        ResultListModel::Column::Extension, ResultListModel::Column::Path,
-                        ResultListModel::Column::Sorted})
-        m_models.append(new ResultListModel(m_results, column, this));
+    m_lists = new FoundRowLists(SearchKind::Theme,
+                                {u"foundNames"_qs, u"foundArchives"_qs, u"foundExtensions"_qs, u"foundPaths"_qs, u"sortedNames"_qs},
+                                this);
     buildLayout();
 }
 
 ThemeSearchForm::~ThemeSearchForm() = default;
-
-QListView *ThemeSearchForm::makeResultView(ResultListModel *model, const QString &objectName, const QString &accessibleName)
-{
-    auto *view = new QListView(this);
-    view->setObjectName(objectName);
-    view->setModel(model);
-    view->setUniformItemSizes(true);
-    view->setLayoutMode(QListView::Batched);
-    view->setBatchSize(500);
-    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    view->setAccessibleName(accessibleName);
-    return view;
-}
 
 void ThemeSearchForm::buildLayout()
 {
@@ -113,18 +97,11 @@ void ThemeSearchForm::buildLayout()
         column->addWidget(view);
         resultsRow->addLayout(column, stretch);
     };
-    QListView *names = makeResultView(m_models[0], u"foundNames"_qs, u"Classement ordre du support"_qs);
-    QListView *archives = makeResultView(m_models[1], u"foundArchives"_qs, u"Archives des fichiers trouvés"_qs);
-    QListView *extensions = makeResultView(m_models[2], u"foundExtensions"_qs, u"Extensions des fichiers trouvés"_qs);
-    QListView *paths = makeResultView(m_models[3], u"foundPaths"_qs, u"Chemins des fichiers trouvés"_qs);
-    paths->setToolTip(u"Bouton gauche pour sélectioner<-->bouton droit pour exécuter le fichier"_qs);
-    m_sortedView = makeResultView(m_models[4], u"sortedNames"_qs, u"Classement alphabétique"_qs);
-    m_orderFoundViews = {names, archives, extensions, paths};
-    addColumn(names, u"Classement ordre du support"_qs, 3);
-    addColumn(archives, {}, 1);
-    addColumn(extensions, {}, 1);
-    addColumn(paths, {}, 5);
-    addColumn(m_sortedView, u"Classement alphabétique"_qs, 3);
+    addColumn(m_lists->names(), u"Classement ordre du support"_qs, 3);
+    addColumn(m_lists->archives(), {}, 1);
+    addColumn(m_lists->extensions(), {}, 1);
+    addColumn(m_lists->paths(), {}, 5);
+    addColumn(m_lists->sorted(), u"Classement alphabétique"_qs, 3);
 
     auto *rowLabels = new QHBoxLayout;
     rowLabels->addWidget(new QLabel(u"Support--->"_qs, this));
@@ -157,24 +134,13 @@ void ThemeSearchForm::buildLayout()
     layout->addLayout(status);
     resize(1180, 780);
 
-    // The parallel lists scroll together; the keyboard moves the current row in any of them.
-    for (QListView *view : std::as_const(m_orderFoundViews)) {
-        for (QListView *other : std::as_const(m_orderFoundViews)) {
-            if (other != view)
-                connect(view->verticalScrollBar(), &QScrollBar::valueChanged, other->verticalScrollBar(), &QScrollBar::setValue);
-        }
-        connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex &current) {
-            if (current.isValid())
-                setCurrentRow(current.row());
-        });
-    }
-    connect(m_sortedView->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex &current) {
-        if (current.isValid() && current.row() < m_results.sortedSize())
-            setCurrentRow(m_results.sortedIndex(current.row()));
-    });
-    // Mouse presses on the names, the paths and the alphabetical view act as the buttons say.
-    for (QListView *view : {names, paths, m_sortedView})
+    // The keyboard moves the current row in any list; mouse presses on the names, the paths and
+    // the alphabetical view act as the buttons say.
+    connect(m_lists, &FoundRowLists::rowChosen, this, &ThemeSearchForm::setCurrentRow);
+    for (QListView *view : m_lists->pressableViews())
         view->viewport()->installEventFilter(this);
+    connect(m_lists, &FoundRowLists::progressed, this, [this](int done) { m_archives->showProgress(done, m_progress); });
+    connect(m_lists, &FoundRowLists::finished, this, &ThemeSearchForm::finishSearch);
 
     // A choice, by the keyboard or by a click (on the item already current too), writes the label.
     const auto chooseTheme = [this](const QString &theme) { m_chosenTheme->setText(theme); };
@@ -213,10 +179,7 @@ QString ThemeSearchForm::chosenTheme() const
 
 void ThemeSearchForm::clearResults()
 {
-    m_run.reset(); // a search still running is dropped with its rows
-    m_results.clear();
-    for (ResultListModel *model : std::as_const(m_models))
-        model->reset();
+    m_lists->clear(); // a search still running is dropped with its rows
     m_currentRow = -1;
     m_medium->clear();
     m_extension->clear();
@@ -236,75 +199,28 @@ void ThemeSearchForm::search()
     const QByteArray theme = searchTerm(m_chosenTheme->text());
     m_chosenTheme->setText(Windows1252::decode(theme));
 
-    SearchRequest request = ThemeSearch::request(m_chosenTheme->text(), m_archives->archivesToSearch(&ThemeSearch::archivesToScan),
-                                                 std::clamp(QThread::idealThreadCount(), 1, 4));
-    QStringList names;
-    for (const ArchiveToScan &archive : std::as_const(request.archives))
-        names.append(archive.name);
-    m_results.setArchiveNames(names);
-
-    m_run = std::make_unique<SearchRun>(std::move(request));
-    SearchRun *run = m_run.get();
-    // Signals come from the worker threads; those of a replaced run may still be queued.
-    const quint64 serial = ++m_runSerial;
-    const auto current = [this, serial] { return m_run && m_runSerial == serial; };
-    connect(run, &SearchRun::chunksReady, this, [this, current] { if (current()) takeRows(); }, Qt::QueuedConnection);
-    connect(run, &SearchRun::progressed, this,
-            [this, current](int done) { if (current()) m_archives->showProgress(done, m_progress); }, Qt::QueuedConnection);
-    connect(run, &SearchRun::finished, this, [this, current] { if (current()) finishSearch(); }, Qt::QueuedConnection);
-    m_archives->showProgress(0, m_progress);
-    run->start();
-}
-
-void ThemeSearchForm::takeRows()
-{
-    for (auto &chunk : m_run->takeChunks())
-        m_results.append(std::move(chunk));
-    for (int i = 0; i < 4; ++i)
-        m_models[i]->showNewRows();
+    m_lists->start(ThemeSearch::request(m_chosenTheme->text(), m_archives->archivesToSearch(&ThemeSearch::archivesToScan),
+                                        std::clamp(QThread::idealThreadCount(), 1, 4)));
 }
 
 void ThemeSearchForm::finishSearch()
 {
-    takeRows();
-    m_results.setSortedOrder(m_run->takeSortedOrder());
-    m_models[4]->reset();
-    m_run.reset();
-    m_foundCount->setText(u"Nombre de fichiers trouvés: "_qs + formatSigned(m_results.size()));
+    m_foundCount->setText(u"Nombre de fichiers trouvés: "_qs + formatSigned(foundCount()));
     m_loading->setVisible(false);
     m_progress->setVisible(false);
-    if (!m_results.isEmpty())
+    if (foundCount() > 0)
         setCurrentRow(0);
     emit searchFinished();
 }
 
 void ThemeSearchForm::print()
 {
-    QStringList paths;
-    paths.reserve(m_results.size());
-    for (qsizetype row = 0; row < m_results.size(); ++row)
-        paths.append(foundPath(row));
-    printList(m_printer, m_clock, paths);
-}
-
-QString ThemeSearchForm::foundPath(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? Windows1252::decode(m_results.path(row)) : QString();
-}
-
-QString ThemeSearchForm::foundExtension(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? Windows1252::decode(m_results.extension(row)) : QString();
-}
-
-QString ThemeSearchForm::foundArchive(qsizetype row) const
-{
-    return row >= 0 && row < m_results.size() ? m_results.archiveName(row) : QString();
+    printList(m_printer, m_clock, m_lists->allPaths());
 }
 
 void ThemeSearchForm::setCurrentRow(qsizetype row)
 {
-    if (row < 0 || row >= m_results.size() || row == m_currentRow)
+    if (row < 0 || row >= foundCount() || row == m_currentRow)
         return;
     chooseRow(row);
     // Only a press writes the row's extension into the chosen theme, which is the row's extension.
@@ -314,11 +230,7 @@ void ThemeSearchForm::setCurrentRow(qsizetype row)
 void ThemeSearchForm::chooseRow(qsizetype row)
 {
     m_currentRow = row;
-    for (QListView *view : std::as_const(m_orderFoundViews)) {
-        const QModelIndex index = view->model()->index(int(row), 0);
-        if (view->currentIndex() != index)
-            view->setCurrentIndex(index);
-    }
+    m_lists->showCurrentRow(row);
     m_panel->choose(foundPath(row), foundArchive(row));
     m_medium->setText(m_panel->row().archiveLabel());
     m_extension->setText(foundExtension(row));
@@ -330,7 +242,7 @@ void ThemeSearchForm::pressRow(qsizetype row, Qt::MouseButton button)
     // gives it back after.
     m_panel->setCurrentExtension(m_chosenTheme->text());
     if (button == Qt::LeftButton) {
-        if (row < 0 || row >= m_results.size())
+        if (row < 0 || row >= foundCount())
             return;
         chooseRow(row);
     } else if (button == Qt::RightButton) {
@@ -361,15 +273,12 @@ bool ThemeSearchForm::event(QEvent *event)
 bool ThemeSearchForm::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseButtonPress) {
-        for (QListView *view : {m_orderFoundViews[0], m_orderFoundViews[3], m_sortedView}) {
+        for (QListView *view : m_lists->pressableViews()) {
             if (watched != view->viewport())
                 continue;
             const auto *press = static_cast<QMouseEvent *>(event);
             const QModelIndex index = view->indexAt(press->position().toPoint());
-            qsizetype row = index.isValid() ? index.row() : -1;
-            if (view == m_sortedView && row >= 0)
-                row = row < m_results.sortedSize() ? m_results.sortedIndex(row) : -1;
-            pressRow(row, press->button());
+            pressRow(index.isValid() ? m_lists->rowShownAt(view, index.row()) : -1, press->button());
             // A right press acts on the current row: it must not move it.
             return press->button() != Qt::LeftButton;
         }
@@ -379,8 +288,8 @@ bool ThemeSearchForm::eventFilter(QObject *watched, QEvent *event)
 
 void ThemeSearchForm::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Escape && m_run) {
-        m_run->stop(); // the rows found so far are kept
+    if (event->key() == Qt::Key_Escape && isSearching()) {
+        m_lists->stop(); // the rows found so far are kept
         return;
     }
     Form::keyPressEvent(event);
@@ -388,7 +297,7 @@ void ThemeSearchForm::keyPressEvent(QKeyEvent *event)
 
 void ThemeSearchForm::reject()
 {
-    m_run.reset();
+    m_lists->abandon();
     m_loading->setVisible(false);
     m_progress->setVisible(false);
     Form::reject();

@@ -2,11 +2,10 @@
 
 #include "formsupport.h"
 #include "foundfileactions.h"
-#include "searchresults.h"
+#include "foundrowlists.h"
 
 #include <QPoint>
 
-#include <memory>
 #include <optional>
 
 class ArchivePicker;
@@ -21,8 +20,6 @@ class QListView;
 class QListWidget;
 class QProgressBar;
 class QToolButton;
-class ResultListModel;
-class SearchRun;
 
 // "Kalvex : Recherche à partir d'un thème sélectionné.": finds every catalogued entry whose path
 // holds the chosen theme, in the chosen archives or in every folder, and lists the rows found in
@@ -42,15 +39,15 @@ public:
 
     void search();
     void print();
-    bool isSearching() const { return m_run != nullptr; }
+    bool isSearching() const { return m_lists->isSearching(); }
     QString chosenTheme() const;
 
     // The rows of the last search, by index in the order found.
-    const SearchResults &results() const { return m_results; }
-    qsizetype foundCount() const { return m_results.size(); }
-    QString foundPath(qsizetype row) const;
-    QString foundExtension(qsizetype row) const;
-    QString foundArchive(qsizetype row) const;
+    const SearchResults &results() const { return m_lists->results(); }
+    qsizetype foundCount() const { return results().size(); }
+    QString foundPath(qsizetype row) const { return m_lists->path(row); }
+    QString foundExtension(qsizetype row) const { return m_lists->extension(row); }
+    QString foundArchive(qsizetype row) const { return m_lists->archive(row); }
 
     // The current row (-1 before any) and the press on a found row: the left button makes the row
     // current and writes its extension into the chosen-theme label (a path without a dot leaves
@@ -73,11 +70,9 @@ protected:
 
 private:
     void buildLayout();
-    QListView *makeResultView(ResultListModel *model, const QString &objectName, const QString &accessibleName);
     void clearResults();
     // Makes `row` current in every list and fills the row labels.
     void chooseRow(qsizetype row);
-    void takeRows();
     void finishSearch();
 
     const DataDirectory &m_data;
@@ -97,13 +92,8 @@ private:
     QLabel *m_foundCount = nullptr;
     QLabel *m_medium = nullptr;
     QLabel *m_extension = nullptr;
-    QList<QListView *> m_orderFoundViews; // names, archives, extensions, paths
-    QListView *m_sortedView = nullptr;
+    FoundRowLists *m_lists = nullptr;
 
-    SearchResults m_results;
-    QList<ResultListModel *> m_models;
-    std::unique_ptr<SearchRun> m_run;
-    quint64 m_runSerial = 0;
     qsizetype m_currentRow = -1;
     std::optional<QPoint> m_frameTarget; // where the frame goes once the window system shows it
 };
