@@ -92,12 +92,8 @@ void LinuxDirectoryLister::close()
     m_firstOpen = 0;
 }
 
-DirectoryLister::Result LinuxDirectoryLister::open(const QByteArray &nativePath, bool isRoot,
-                                                   DirectoryListing &entries)
+DirectoryLister::Result LinuxDirectoryLister::listOpened(int fd, bool isRoot, DirectoryListing &entries)
 {
-    close();
-    entries.clear();
-    const int fd = ::open(nativePath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return failure(errno);
     const Result result = readDirectory(fd, isRoot, entries);
@@ -106,6 +102,15 @@ DirectoryLister::Result LinuxDirectoryLister::open(const QByteArray &nativePath,
     else
         ::close(fd);
     return result;
+}
+
+DirectoryLister::Result LinuxDirectoryLister::open(const QByteArray &nativePath, bool isRoot,
+                                                   DirectoryListing &entries)
+{
+    close();
+    entries.clear();
+    const int fd = ::open(nativePath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return listOpened(fd, isRoot, entries);
 }
 
 DirectoryLister::Result LinuxDirectoryLister::enter(QByteArrayView name, DirectoryListing &entries)
@@ -120,14 +125,7 @@ DirectoryLister::Result LinuxDirectoryLister::enter(QByteArrayView name, Directo
     // A directory replaced by a link since it was listed is not followed (ELOOP: a changed medium).
     const int fd = ::openat(m_levels.back().fd, m_name.constData(),
                             O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0)
-        return failure(errno);
-    const Result result = readDirectory(fd, false, entries);
-    if (result == Result::Listed)
-        push(fd);
-    else
-        ::close(fd);
-    return result;
+    return listOpened(fd, false, entries);
 }
 
 void LinuxDirectoryLister::push(int fd)

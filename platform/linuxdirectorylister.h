@@ -39,6 +39,9 @@ private:
         ino_t inode;
     };
 
+    // Lists the directory `fd` (from open or openat; -1 with errno set when that failed) and makes
+    // it current when it could be listed, else closes it.
+    Result listOpened(int fd, bool isRoot, DirectoryListing &entries);
     void push(int fd);
 
     int m_maxOpen;
