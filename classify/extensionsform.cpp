@@ -31,6 +31,7 @@ ExtensionsForm::ExtensionsForm(const DataDirectory &data, Drives &drives, Dialog
 {
     setWindowTitle(QStringLiteral("Kalvex2 Extensions"));
     setObjectName(QStringLiteral("ExtensionsForm"));
+    placeFrameOnOpening([] { return QPoint(0, 0); }); // the top-left corner of the screen
 
     auto *panes = new QHBoxLayout;
     panes->addWidget(buildTablePane(), 3);
@@ -143,15 +144,6 @@ QWidget *ExtensionsForm::buildProgramPane()
                     chooseProgramFile(current.data().toString());
             });
     return pane;
-}
-
-void ExtensionsForm::setVisible(bool visible)
-{
-    // A window's position includes its frame when it is set before the window shows; set from
-    // load(), during the showing, it placed the client area there and the title bar off screen.
-    if (visible && !isVisible())
-        move(0, 0);
-    LineTableForm::setVisible(visible);
 }
 
 void ExtensionsForm::load()

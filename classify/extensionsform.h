@@ -27,9 +27,6 @@ public:
                    PictureLoader &pictures, const Clock &clock, QWidget *parent = nullptr);
     ~ExtensionsForm() override;
 
-    // Each opening puts the window's frame, title bar included, at the top-left corner of the screen.
-    void setVisible(bool visible) override;
-
 protected:
     void load() override;
     void changeEvent(QEvent *event) override;

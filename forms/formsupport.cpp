@@ -13,6 +13,15 @@ Form::Form(QWidget *parent)
 {
 }
 
+void Form::setVisible(bool visible)
+{
+    // A window's position includes its frame when it is set before the window shows; set during the
+    // showing (from load()), it placed the client area there and the title bar off screen.
+    if (visible && !isVisible() && m_frameTopLeft)
+        move(m_frameTopLeft());
+    QDialog::setVisible(visible);
+}
+
 void Form::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);

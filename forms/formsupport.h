@@ -1,7 +1,10 @@
 #pragma once
 
 #include <QDialog>
+#include <QPoint>
 #include <QString>
+
+#include <functional>
 
 class DataDirectory;
 class PictureLoader;
@@ -18,10 +21,16 @@ class Form : public QDialog
 
 public:
     explicit Form(QWidget *parent = nullptr);
+    void setVisible(bool visible) override;
 
 protected:
     virtual void load() {}
     void showEvent(QShowEvent *event) override;
+    // Where the window's frame, title bar included, goes at each opening.
+    void placeFrameOnOpening(std::function<QPoint()> topLeft) { m_frameTopLeft = std::move(topLeft); }
+
+private:
+    std::function<QPoint()> m_frameTopLeft;
 };
 
 // A picture button: an icon with a hint. The hint is the button's tooltip and its accessible

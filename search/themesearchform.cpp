@@ -40,6 +40,8 @@ ThemeSearchForm::ThemeSearchForm(const DataDirectory &data, const FoundFileActio
     m_panel->hideClassButtons(); // this window has none
     setWindowTitle(u"Kalvex : Recherche à partir d'un thème sélectionné."_qs);
     setObjectName(u"ThemeSearchForm"_qs);
+    // The frame, title bar included, at the top-left corner of the screen's free area.
+    placeFrameOnOpening([this] { return screen() ? screen()->availableGeometry().topLeft() : QPoint(); });
     m_lists = new FoundRowLists(SearchKind::Theme,
                                 {u"foundNames"_qs, u"foundArchives"_qs, u"foundExtensions"_qs, u"foundPaths"_qs, u"sortedNames"_qs},
                                 this);
@@ -156,11 +158,6 @@ void ThemeSearchForm::buildLayout()
 
 void ThemeSearchForm::load()
 {
-    // The frame, title bar included, at the screen's top-left corner (see event()).
-    if (const QScreen *screen = this->screen()) {
-        m_frameTarget = screen->availableGeometry().topLeft();
-        move(*m_frameTarget);
-    }
     m_data.makeCurrent();
     loadButtonIcon(m_search, m_pictures, m_data, u"card002.ico"_qs);
     loadButtonIcon(m_panel->printButton(), m_pictures, m_data, u"inkjet.ico"_qs);
@@ -254,20 +251,6 @@ void ThemeSearchForm::pressRow(qsizetype row, Qt::MouseButton button)
         return;
     }
     m_chosenTheme->setText(m_panel->row().extension());
-}
-
-bool ThemeSearchForm::event(QEvent *event)
-{
-    // The window system may place a new window by its own rule, and its frame is only known once
-    // the window is up: then the frame goes where it was asked, once per opening.
-    const bool result = Form::event(event);
-    if (m_frameTarget && (event->type() == QEvent::Move || event->type() == QEvent::WindowActivate)
-        && frameGeometry() != geometry()) {
-        const QPoint target = *std::exchange(m_frameTarget, std::nullopt);
-        if (frameGeometry().topLeft() != target)
-            move(target);
-    }
-    return result;
 }
 
 bool ThemeSearchForm::eventFilter(QObject *watched, QEvent *event)

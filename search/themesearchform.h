@@ -4,10 +4,6 @@
 #include "foundfileactions.h"
 #include "foundrowlists.h"
 
-#include <QPoint>
-
-#include <optional>
-
 class ArchivePicker;
 class Clock;
 class DataDirectory;
@@ -64,7 +60,6 @@ signals:
 protected:
     void load() override;
     bool eventFilter(QObject *watched, QEvent *event) override;
-    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void reject() override;
 
@@ -95,5 +90,4 @@ private:
     FoundRowLists *m_lists = nullptr;
 
     qsizetype m_currentRow = -1;
-    std::optional<QPoint> m_frameTarget; // where the frame goes once the window system shows it
 };
