@@ -23,7 +23,7 @@ struct Mount
     ~Mount()
     {
         if (mounted)
-            TestSupport::run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
+            TestSupport::unmountFuse(mountPoint);
     }
     QString mountPoint;
     bool mounted = false;

@@ -80,7 +80,7 @@ private slots:
         QCOMPARE(QProcess::execute(QStringLiteral("fuseiso"), {image, mountPoint}), 0);
         const auto unmount = qScopeGuard([&] {
             QDir::setCurrent(dir.path()); // a busy mount point cannot be unmounted
-            QProcess::execute(QStringLiteral("fusermount"), {QStringLiteral("-u"), mountPoint});
+            TestSupport::unmountFuse(mountPoint);
         });
         const DataDirectory data(mountPoint);
         data.startUp();

@@ -188,7 +188,7 @@ private slots:
         QVERIFY2(TestSupport::run(u"fuseiso"_qs, {image, mountPoint}, &output), qPrintable(output));
         const bool seen = changed.wait(5000);
         const QList<Drive> after = drives.drives();
-        const bool unmounted = TestSupport::run(u"fusermount"_qs, {u"-u"_qs, mountPoint});
+        const bool unmounted = TestSupport::unmountFuse(mountPoint);
         QVERIFY2(seen, "the mount table did not wake the watcher");
         const auto imageDrive = std::find_if(after.cbegin(), after.cend(),
                                              [&](const Drive &drive) { return drive.mountPoint == mountPoint; });

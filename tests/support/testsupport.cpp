@@ -140,6 +140,12 @@ bool fuseUsable(QString *why)
     return true;
 }
 
+bool unmountFuse(const QString &mountPoint)
+{
+    return run(QStringLiteral("fusermount"), {QStringLiteral("-u"), mountPoint})
+           || run(QStringLiteral("fusermount"), {QStringLiteral("-u"), QStringLiteral("-z"), mountPoint});
+}
+
 bool run(const QString &program, const QStringList &arguments, QString *output)
 {
     QProcess process;

@@ -46,6 +46,10 @@ bool haveProgram(const QString &name);
 // Whether FUSE file systems can be mounted here; `why` tells what is missing when not.
 bool fuseUsable(QString *why);
 
+// Unmounts a FUSE mount. One another program holds busy (a desktop's drive watcher looking at the
+// new medium) is detached lazily, so no test leaves a mount behind.
+bool unmountFuse(const QString &mountPoint);
+
 // Makes a FIFO at `path` and, once `seconds` have passed without the watchdog being destroyed,
 // keeps opening it for writing: a reader stuck opening it (the fault under test) then goes on and
 // reads an empty file, so a failing test ends instead of hanging. fired() tells it happened.
