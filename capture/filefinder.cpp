@@ -8,59 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
-
-#include <sys/mman.h>
-
-namespace {
-
-constexpr size_t kHugePage = 2 * 1024 * 1024;
-
-} // namespace
-
-FileFinder::Region::Region(size_t size)
-{
-    // Whole huge pages, at a huge page's boundary: mapped with room to align, the rest given back.
-    m_size = (size + kHugePage - 1) / kHugePage * kHugePage;
-    const size_t mapped = m_size + kHugePage;
-    void *mapping = ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapping == MAP_FAILED)
-        throw std::bad_alloc();
-    const auto start = reinterpret_cast<uintptr_t>(mapping);
-    const uintptr_t aligned = (start + kHugePage - 1) / kHugePage * kHugePage;
-    if (aligned > start)
-        ::munmap(mapping, aligned - start);
-    if (start + mapped > aligned + m_size)
-        ::munmap(reinterpret_cast<void *>(aligned + m_size), start + mapped - (aligned + m_size));
-    m_data = reinterpret_cast<char *>(aligned);
-#ifdef MADV_HUGEPAGE
-    ::madvise(m_data, m_size, MADV_HUGEPAGE); // a hint: without it, plain pages
-#endif
-}
-
-FileFinder::Region::~Region()
-{
-    if (m_data)
-        ::munmap(m_data, m_size);
-}
-
-FileFinder::Region::Region(Region &&other) noexcept
-    : m_data(std::exchange(other.m_data, nullptr))
-    , m_size(std::exchange(other.m_size, 0))
-{
-}
-
-FileFinder::Region &FileFinder::Region::operator=(Region &&other) noexcept
-{
-    if (this != &other) {
-        if (m_data)
-            ::munmap(m_data, m_size);
-        m_data = std::exchange(other.m_data, nullptr);
-        m_size = std::exchange(other.m_size, 0);
-    }
-    return *this;
-}
 
 FileFinder::FileFinder(Drives &drives, DirectoryLister &lister)
     : m_drives(drives)
@@ -192,6 +140,7 @@ bool FileFinder::record(QByteArrayView name)
     }
     if (!m_slotMemory) {
         m_slotMemory.emplace(sizeof(Slot) * size_t(kMaxEntries));
+        m_slotMemory->prepare(m_slotMemory->size());
         m_slots = reinterpret_cast<Slot *>(m_slotMemory->data());
     }
     const qsizetype size = m_archivePath.size() + name.size();
@@ -210,7 +159,8 @@ char *FileFinder::room(qsizetype size)
         // than any real medium) gets one of its own.
         ++m_block;
         if (size_t(m_block) == m_blocks.size() || m_blocks[size_t(m_block)].size() < size_t(size))
-            m_blocks.insert(m_blocks.begin() + m_block, Region(std::max(size_t(size), kBlockSize)));
+            m_blocks.insert(m_blocks.begin() + m_block, FreshMemory(std::max(size_t(size), kBlockSize)));
+        m_blocks[size_t(m_block)].prepare(m_blocks[size_t(m_block)].size());
         m_free = m_blocks[size_t(m_block)].data();
         m_freeEnd = m_free + m_blocks[size_t(m_block)].size();
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "freshmemory.h"
+
 #include "directorylister.h"
 
 #include <QByteArray>
@@ -74,24 +76,6 @@ public:
     }
 
 private:
-    // Memory the walk fills once and keeps for the next walks, on huge pages where the system
-    // gives them: a walk writes megabytes of paths, and on this kind of machine the first touch of
-    // each 4 KiB page is a fault costing about as much as reading a directory.
-    class Region
-    {
-    public:
-        explicit Region(size_t size);
-        ~Region();
-        Region(Region &&other) noexcept;
-        Region &operator=(Region &&other) noexcept;
-        char *data() const { return m_data; }
-        size_t size() const { return m_size; }
-
-    private:
-        char *m_data = nullptr;
-        size_t m_size = 0;
-    };
-
     // Recorded paths are written one after the other into large blocks, and each slot points at
     // one: neither ever moves while the walk appends, so readers need no lock.
     static constexpr size_t kBlockSize = 2 * 1024 * 1024;
@@ -116,10 +100,12 @@ private:
     std::atomic<bool> m_running{false};
     std::atomic<bool> m_failed{false};
     std::atomic<int> m_count{0};
-    // The slots of every entry a walk may record, made at the first walk.
-    std::optional<Region> m_slotMemory;
+    // Memory the walk fills once and keeps for the next walks (FreshMemory: a walk writes
+    // megabytes of paths, and the first touch of each fresh page can cost as much as reading a
+    // directory). The slots of every entry a walk may record, made at the first walk:
+    std::optional<FreshMemory> m_slotMemory;
     Slot *m_slots = nullptr;
-    std::vector<Region> m_blocks;
+    std::vector<FreshMemory> m_blocks;
     qsizetype m_block = -1; // the block being filled
     char *m_free = nullptr;
     char *m_freeEnd = nullptr;
