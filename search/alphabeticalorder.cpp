@@ -1,17 +1,14 @@
 #include "alphabeticalorder.h"
 
+#include "freshmemory.h"
 #include "windows1252.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <numeric>
 #include <thread>
 #include <utility>
-
-#include <sys/mman.h>
 
 namespace AlphabeticalOrder {
 namespace {
@@ -55,14 +52,16 @@ struct SortEntry
 {
     quint64 head[kHeadWords];
     const char *name;
-    quint32 length;
-    bool folded; // holds a letter that sorts as another (an accented one)
+    quint32 length : 31;
+    quint32 folded : 1; // holds a letter that sorts as another (an accented one)
+    quint32 id;         // in its table, once it has one
 };
 
 SortEntry entryOf(QByteArrayView name)
 {
     const unsigned char *letters = sortLetters();
-    SortEntry entry{{}, name.data(), quint32(name.size()), false};
+    // A name of 2 GB or more (none fits in an archive's line) would be compared by its first 2 GB.
+    SortEntry entry{{}, name.data(), quint32(std::min<qsizetype>(name.size(), 0x7fffffff)), false, 0};
     const auto *bytes = reinterpret_cast<const unsigned char *>(name.data());
     const auto inHead = std::min<qsizetype>(kHeadLetters, name.size());
     for (qsizetype word = 0; word * 8 < inHead; ++word) {
@@ -73,8 +72,10 @@ SortEntry entryOf(QByteArrayView name)
         entry.head[word] = head;
     }
     const unsigned char *upper = Windows1252::upperTable();
-    for (qsizetype i = 0; i < name.size() && !entry.folded; ++i)
-        entry.folded = letters[bytes[i]] != upper[bytes[i]];
+    bool folded = false;
+    for (qsizetype i = 0; i < name.size() && !folded; ++i)
+        folded = letters[bytes[i]] != upper[bytes[i]];
+    entry.folded = folded;
     return entry;
 }
 
@@ -159,103 +160,77 @@ struct NamedRow
     bool sameAsPrevious; // the row takes the previous row's name
 };
 
-// Memory for the large tables below: in huge pages where the system gives them, as they are read at
-// random and each 4 KB page would otherwise cost its own address translation.
-template<typename T>
-struct HugePageAllocator
+// A distinct name in its table's cell: its entry and hash side by side in one cache line, so that
+// finding a name again costs one read from memory, which can be asked for ahead.
+struct alignas(64) NameCell
 {
-    using value_type = T;
-    static constexpr size_t kHugePage = size_t(2) << 20;
-
-    HugePageAllocator() = default;
-    template<typename U>
-    HugePageAllocator(const HugePageAllocator<U> &) noexcept
-    {
-    }
-
-    T *allocate(size_t count)
-    {
-        const size_t bytes = count * sizeof(T);
-        if (bytes < kHugePage) {
-            if (void *memory = std::malloc(bytes))
-                return static_cast<T *>(memory);
-            throw std::bad_alloc();
-        }
-        const size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
-        void *memory = std::aligned_alloc(kHugePage, rounded);
-        if (!memory)
-            throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-        madvise(memory, rounded, MADV_HUGEPAGE);
-#endif
-        return static_cast<T *>(memory);
-    }
-    void deallocate(T *memory, size_t) noexcept { std::free(memory); }
-
-    template<typename U>
-    bool operator==(const HugePageAllocator<U> &) const noexcept
-    {
-        return true;
-    }
+    SortEntry entry;
+    quint64 hash;
+    bool used;
 };
-
-template<typename T>
-using LargeVector = std::vector<T, HugePageAllocator<T>>;
 
 } // namespace
 
-// The distinct names a table has met, as shown (upper-cased), found again by open addressing. A
-// slot holds a name's id + 1 and the high half of its hash, so most probes read nothing else.
+// The distinct names a table has met, as shown (upper-cased), found again by open addressing.
 struct NameTable::Names
 {
-    LargeVector<SortEntry> entries; // by id
-    LargeVector<quint64> hashes;    // by id
-    LargeVector<quint64> slotTable = LargeVector<quint64>(1024, 0); // 0 for none
-    std::vector<std::shared_ptr<PathBlock>> blocks; // holding the names
-    std::vector<NamedRow> scratch;                  // reused from chunk to chunk
+    LargeVector<NameCell> cells = LargeVector<NameCell>(1024, NameCell{});
+    quint32 count = 0;   // names held, their ids 0 to count - 1
+    bool sorted = false; // order() has sorted the cells: they name no more rows
+    std::vector<std::shared_ptr<PathBlock>> blocks;   // holding the names
+    std::vector<std::shared_ptr<PathBlock>> idBlocks; // holding the rows' ids
+    std::vector<NamedRow> scratch;                    // reused from chunk to chunk
+    std::vector<quint32> idScratch;                   // reused from chunk to chunk
 
-    // Asks the processor for what idOf(…, hash) will read first: the name's home slot, then (once
-    // that has come) the name it holds. The tables are large: each read would otherwise wait.
-    void prefetchSlot(quint64 hash) const { __builtin_prefetch(&slotTable[size_t(hash) & (slotTable.size() - 1)]); }
-    void prefetchName(quint64 hash) const
-    {
-        const quint64 slot = slotTable[size_t(hash) & (slotTable.size() - 1)];
-        if (slot != 0)
-            __builtin_prefetch(&entries[quint32(slot) - 1]);
-    }
+    // Asks the processor for the cell idOf(…, hash) reads first: the table is large and the read
+    // would otherwise wait.
+    void prefetch(quint64 hash) const { __builtin_prefetch(&cells[size_t(hash) & (cells.size() - 1)]); }
 
     quint32 idOf(const SortEntry &entry, quint64 hash)
     {
         const unsigned char *upper = Windows1252::upperTable();
-        const quint64 tag = hash & ~quint64(0xffffffff);
-        const size_t mask = slotTable.size() - 1;
+        const size_t mask = cells.size() - 1;
         size_t at = size_t(hash) & mask;
-        for (; slotTable[at] != 0; at = (at + 1) & mask) {
-            if ((slotTable[at] & ~quint64(0xffffffff)) != tag)
-                continue;
-            const quint32 id = quint32(slotTable[at]) - 1;
-            if (sameShownName(entries[id], entry, upper))
-                return id;
+        for (; cells[at].used; at = (at + 1) & mask) {
+            if (cells[at].hash == hash && sameShownName(cells[at].entry, entry, upper))
+                return cells[at].entry.id;
         }
-        const auto id = quint32(entries.size());
-        entries.push_back(entry);
-        hashes.push_back(hash);
-        slotTable[at] = tag | (id + 1);
-        if (hashes.size() * 2 > slotTable.size())
+        const quint32 id = count++;
+        cells[at] = {entry, hash, true};
+        cells[at].entry.id = id;
+        if (size_t(count) * 2 > cells.size())
             grow();
         return id;
     }
 
     void grow()
     {
-        slotTable.assign(slotTable.size() * 2, 0);
-        const size_t mask = slotTable.size() - 1;
-        for (size_t id = 0; id < hashes.size(); ++id) {
-            size_t at = size_t(hashes[id]) & mask;
-            while (slotTable[at] != 0)
+        LargeVector<NameCell> larger(cells.size() * 2, NameCell{});
+        const size_t mask = larger.size() - 1;
+        for (const NameCell &cell : cells) {
+            if (!cell.used)
+                continue;
+            size_t at = size_t(cell.hash) & mask;
+            while (larger[at].used)
                 at = (at + 1) & mask;
-            slotTable[at] = (hashes[id] & ~quint64(0xffffffff)) | (id + 1);
+            larger[at] = cell;
         }
+        cells = std::move(larger);
+    }
+
+    // The cells of every name, moved to the front for sorting where they lie; the table then finds
+    // no name again.
+    std::span<NameCell> compacted()
+    {
+        if (!sorted) {
+            size_t kept = 0;
+            for (size_t at = 0; at < cells.size(); ++at) {
+                if (cells[at].used)
+                    cells[kept++] = cells[at];
+            }
+            sorted = true;
+        }
+        return {cells.data(), count};
     }
 };
 
@@ -266,8 +241,9 @@ NameTable::NameTable()
 
 NameTable::~NameTable() = default;
 
-std::vector<quint32> NameTable::nameRows(const ResultChunk &chunk)
+std::span<const quint32> NameTable::nameRows(const ResultChunk &chunk)
 {
+    Q_ASSERT(!m_names->sorted);
     for (const auto &block : chunk.blocks) {
         if (m_names->blocks.empty() || m_names->blocks.back() != block)
             m_names->blocks.push_back(block);
@@ -277,7 +253,6 @@ std::vector<quint32> NameTable::nameRows(const ResultChunk &chunk)
     const unsigned char *upper = Windows1252::upperTable();
     std::vector<NamedRow> &rows = m_names->scratch;
     rows.clear();
-    rows.reserve(chunk.rows.size());
     const ResultRow *previous = nullptr;
     for (const ResultRow &row : chunk.rows) {
         // The rows of one path found several times (a string repeated in one name) follow one
@@ -292,29 +267,32 @@ std::vector<quint32> NameTable::nameRows(const ResultChunk &chunk)
         const SortEntry entry = entryOf(chunk.fileName(row));
         rows.push_back({entry, hashOfShownName(entry, upper), false});
     }
-    constexpr size_t kSlotAhead = 32;
-    constexpr size_t kNameAhead = 16;
-    std::vector<quint32> ids;
-    ids.reserve(rows.size());
+    constexpr size_t kCellAhead = 16;
+    std::vector<quint32> &ids = m_names->idScratch;
+    ids.clear();
     for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].sameAsPrevious) {
             ids.push_back(ids.back());
             continue;
         }
-        if (i + kSlotAhead < rows.size())
-            m_names->prefetchSlot(rows[i + kSlotAhead].hash);
-        if (i + kNameAhead < rows.size())
-            m_names->prefetchName(rows[i + kNameAhead].hash);
+        if (i + kCellAhead < rows.size())
+            m_names->prefetch(rows[i + kCellAhead].hash);
         ids.push_back(m_names->idOf(rows[i].entry, rows[i].hash));
     }
-    return ids;
+    if (ids.empty())
+        return {};
+    // Kept in large blocks, like the rows: an archive's worth of fresh memory at a time costs a fault
+    // a page.
+    const QByteArrayView bytes(reinterpret_cast<const char *>(ids.data()), qsizetype(ids.size() * sizeof(quint32)));
+    const auto *kept = reinterpret_cast<const quint32 *>(storeInBlocks(m_names->idBlocks, bytes, alignof(quint32)));
+    return {kept, ids.size()};
 }
 
-std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
-                           const std::vector<NamedRows> &named, const std::atomic_bool *abandon)
+RowOrder order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks, const std::vector<NamedRows> &named,
+               const std::atomic_bool *abandon)
 {
     const size_t chunkCount = std::min(chunks.size(), named.size());
-    std::vector<const NameTable *> tables;
+    std::vector<NameTable *> tables;
     for (size_t i = 0; i < chunkCount; ++i) {
         if (std::find(tables.begin(), tables.end(), named[i].table) == tables.end())
             tables.push_back(named[i].table);
@@ -333,61 +311,58 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
             helper.join();
     };
 
-    // Each table's names sorted (a large lone table in as many lists as processors), as copies so
-    // that the merge below reads them in order. No list holds a name twice.
-    struct Sorted
-    {
-        SortEntry entry;
-        quint32 id;
-    };
+    // Each table's names sorted where they lie (a large lone table in as many lists as
+    // processors); an entry keeps its id. No list holds a name twice.
     struct List
     {
         size_t table;
-        size_t first; // the ids [first, end) of the table
+        size_t first; // the cells [first, end) of the table, compacted
         size_t end;
-        std::vector<Sorted> names;
     };
     std::vector<List> lists;
     for (size_t t = 0; t < tables.size(); ++t) {
-        const size_t count = tables[t]->names().entries.size();
+        const size_t count = tables[t]->names().compacted().size();
         const size_t parts = tables.size() == 1 && count >= (size_t(1) << 16) ? processors : 1;
         for (size_t part = 0; part < parts; ++part)
-            lists.push_back({t, count * part / parts, count * (part + 1) / parts, {}});
+            lists.push_back({t, count * part / parts, count * (part + 1) / parts});
     }
     inParallel(lists.size(), [&](size_t l) {
-        List &list = lists[l];
-        const auto &entries = tables[list.table]->names().entries;
-        list.names.reserve(list.end - list.first);
-        for (size_t id = list.first; id < list.end; ++id)
-            list.names.push_back({entries[id], quint32(id)});
-        std::sort(list.names.begin(), list.names.end(),
-                  [](const Sorted &a, const Sorted &b) { return compareEntries(a.entry, b.entry) < 0; });
+        const List &list = lists[l];
+        const std::span<NameCell> cells = tables[list.table]->names().compacted();
+        std::sort(cells.begin() + qsizetype(list.first), cells.begin() + qsizetype(list.end),
+                  [](const NameCell &a, const NameCell &b) { return compareEntries(a.entry, b.entry) < 0; });
     });
     if (abandoned())
         return {};
 
     // The lists merged into ranks: names that read the same in two lists share one.
-    std::vector<std::vector<quint32>> rankOf(tables.size());
+    std::vector<LargeVector<quint32>> rankOf(tables.size());
     for (size_t t = 0; t < tables.size(); ++t)
-        rankOf[t].resize(tables[t]->names().entries.size());
-    std::vector<size_t> next(lists.size(), 0);
+        rankOf[t].resize(tables[t]->names().count);
+    std::vector<size_t> next(lists.size());
+    for (size_t l = 0; l < lists.size(); ++l)
+        next[l] = lists[l].first;
+    const auto nameAt = [&](size_t l) -> const SortEntry & {
+        return tables[lists[l].table]->names().compacted()[next[l]].entry;
+    };
     quint32 ranks = 0;
     const SortEntry *previous = nullptr;
     for (;;) {
         size_t best = lists.size();
         for (size_t l = 0; l < lists.size(); ++l) {
-            if (next[l] == lists[l].names.size())
+            if (next[l] == lists[l].end)
                 continue;
-            if (best == lists.size() || compareEntries(lists[l].names[next[l]].entry, lists[best].names[next[best]].entry) < 0)
+            if (best == lists.size() || compareEntries(nameAt(l), nameAt(best)) < 0)
                 best = l;
         }
         if (best == lists.size())
             break;
-        const Sorted &name = lists[best].names[next[best]++];
-        if (!previous || compareEntries(*previous, name.entry) != 0)
+        const SortEntry &name = nameAt(best);
+        ++next[best];
+        if (!previous || compareEntries(*previous, name) != 0)
             ++ranks;
         rankOf[lists[best].table][name.id] = ranks - 1;
-        previous = &name.entry;
+        previous = &name;
     }
 
     // Rows by their name's rank, the same name's rows in the order found: the chunks are shared out
@@ -397,7 +372,7 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
     std::vector<quint32> firstRowOf(chunkCount + 1, 0);
     for (size_t i = 0; i < chunkCount; ++i) {
         tableOf[i] = size_t(std::find(tables.begin(), tables.end(), named[i].table) - tables.begin());
-        firstRowOf[i + 1] = firstRowOf[i] + quint32(std::min(chunks[i]->rows.size(), named[i].ids->size()));
+        firstRowOf[i + 1] = firstRowOf[i] + quint32(std::min(chunks[i]->rows.size(), named[i].ids.size()));
     }
     const quint32 total = firstRowOf[chunkCount];
     const size_t stretches = total >= (1u << 16) ? processors : 1;
@@ -409,14 +384,14 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
     }
     const auto forEachRank = [&](size_t stretch, auto &&visit) {
         for (size_t i = stretchStart[stretch]; i < stretchStart[stretch + 1]; ++i) {
-            const std::vector<quint32> &ranksOfTable = rankOf[tableOf[i]];
-            const std::vector<quint32> &ids = *named[i].ids;
+            const LargeVector<quint32> &ranksOfTable = rankOf[tableOf[i]];
+            const std::span<const quint32> ids = named[i].ids;
             const quint32 kept = firstRowOf[i + 1] - firstRowOf[i];
             for (quint32 row = 0; row < kept; ++row)
                 visit(ranksOfTable[ids[row]], firstRowOf[i] + row);
         }
     };
-    std::vector<std::vector<quint32>> placeOf(stretches, std::vector<quint32>(size_t(ranks), 0));
+    std::vector<LargeVector<quint32>> placeOf(stretches, LargeVector<quint32>(size_t(ranks), 0));
     inParallel(stretches, [&](size_t stretch) {
         forEachRank(stretch, [&](quint32 rank, quint32) { ++placeOf[stretch][rank]; });
     });
@@ -427,7 +402,7 @@ std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>>
         for (size_t stretch = 0; stretch < stretches; ++stretch)
             place += std::exchange(placeOf[stretch][rank], place);
     }
-    std::vector<quint32> order(total);
+    RowOrder order(total);
     inParallel(stretches, [&](size_t stretch) {
         forEachRank(stretch, [&](quint32 rank, quint32 row) { order[placeOf[stretch][rank]++] = row; });
     });

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <span>
 #include <vector>
 
 // The order of the alphabetical view, as a French reader expects it: file names upper-cased, an
@@ -25,12 +26,12 @@ public:
     NameTable(const NameTable &) = delete;
     NameTable &operator=(const NameTable &) = delete;
 
-    // The ids in this table of the names of `chunk`'s rows, in row order. The table keeps the
-    // chunk's path blocks, so its names stay readable whatever becomes of the chunk.
-    std::vector<quint32> nameRows(const ResultChunk &chunk);
+    // The ids in this table of the names of `chunk`'s rows, in row order, held by the table. The
+    // table keeps the chunk's path blocks, so its names stay readable whatever becomes of the chunk.
+    std::span<const quint32> nameRows(const ResultChunk &chunk);
 
     struct Names;
-    const Names &names() const { return *m_names; }
+    Names &names() { return *m_names; }
 
 private:
     std::unique_ptr<Names> m_names;
@@ -39,14 +40,15 @@ private:
 // A chunk's rows as a table named them.
 struct NamedRows
 {
-    const NameTable *table = nullptr;
-    const std::vector<quint32> *ids = nullptr;
+    NameTable *table = nullptr;
+    std::span<const quint32> ids;
 };
 
 // The order of every row of `chunks` (in the order found), whose rows `named[i]` named. A chunk whose
 // rows were cut after they were named (the search's row limit) keeps only its rows left. Empty when
-// `abandon` is set meanwhile.
-std::vector<quint32> order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
-                           const std::vector<NamedRows> &named, const std::atomic_bool *abandon = nullptr);
+// `abandon` is set meanwhile. The tables' names are sorted where they lie (copies would double the
+// memory of a large result): the tables name no more rows afterwards.
+RowOrder order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks, const std::vector<NamedRows> &named,
+               const std::atomic_bool *abandon = nullptr);
 
 } // namespace AlphabeticalOrder

@@ -30,11 +30,11 @@ void ArchiveScanner::judgeLine(QByteArrayView line, ResultChunk &out, qsizetype 
     if (rows == 0)
         return;
     if (rowCap > 0)
-        rows = int(std::min<qsizetype>(rows, rowCap - qsizetype(out.rows.size())));
+        rows = int(std::min<qsizetype>(rows, rowCap - qsizetype(out.found.size())));
     // The path is kept as read: it is upper-cased only when shown.
     const char *copy = out.store(path);
     for (int i = 0; i < rows; ++i)
-        out.rows.push_back({copy, quint32(path.size()), quint32(parts.nameStart)});
+        out.found.push_back({copy, quint32(path.size()), quint32(parts.nameStart)});
 }
 
 qsizetype ArchiveScanner::takeLine(QByteArrayView data, qsizetype pos, ResultChunk &out, qsizetype rowCap) const
@@ -57,7 +57,7 @@ void ArchiveScanner::scanLineByLine(QByteArrayView data, ResultChunk &out, qsize
     ArchiveReader reader(data);
     QByteArrayView line;
     while (reader.next(line)) {
-        if ((rowCap > 0 && qsizetype(out.rows.size()) >= rowCap) || (stop && stop->load(std::memory_order_relaxed)))
+        if ((rowCap > 0 && qsizetype(out.found.size()) >= rowCap) || (stop && stop->load(std::memory_order_relaxed)))
             return;
         judgeLine(line, out, rowCap);
     }
@@ -151,7 +151,7 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
     const qsizetype n = m_term.size();
     const qsizetype size = data.size();
     const char *base = data.data();
-    const auto full = [&] { return rowCap > 0 && qsizetype(out.rows.size()) >= rowCap; };
+    const auto full = [&] { return rowCap > 0 && qsizetype(out.found.size()) >= rowCap; };
     qsizetype pos = 0;
 #ifdef KALVEX_HAVE_X86
     // Blocks read up to n - 1 bytes past their end: the last one must still lie inside the data.

@@ -27,7 +27,6 @@ SearchRun::SearchRun(SearchRequest request, QObject *parent)
     m_ready.resize(size_t(m_request.archives.size()), false);
     if (m_request.sortRows) {
         m_namedRows.resize(size_t(m_request.archives.size()));
-        m_nameIds.resize(size_t(m_request.archives.size()));
     }
 }
 
@@ -65,7 +64,7 @@ std::vector<std::shared_ptr<const ResultChunk>> SearchRun::takeChunks()
     return std::exchange(m_waiting, {});
 }
 
-std::vector<quint32> SearchRun::takeSortedOrder()
+RowOrder SearchRun::takeSortedOrder()
 {
     QMutexLocker lock(&m_mutex);
     return std::exchange(m_sortedOrder, {});
@@ -76,15 +75,14 @@ void SearchRun::work(int worker)
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer; // reused from archive to archive
     std::shared_ptr<PathBlock> block; // the one this thread fills
-    size_t expectedRows = 0;
+    std::vector<ResultRow> found;     // the rows of the archive being read, reused
     for (;;) {
         const int archive = m_nextArchive.fetch_add(1);
         if (archive >= m_request.archives.size() || m_stop.load())
             break;
         auto chunk = std::make_shared<ResultChunk>();
         chunk->archive = archive;
-        // Archives of one search are alike: room for as many rows as the last one gave saves regrowth.
-        chunk->rows.reserve(expectedRows + expectedRows / 8);
+        chunk->found.swap(found);
         if (block)
             chunk->blocks.push_back(block);
         // An archive that cannot be opened or read, or is not a regular file, gives no rows.
@@ -107,16 +105,14 @@ void SearchRun::work(int worker)
             while (!m_stop.load(std::memory_order_relaxed) && stream.next(lines)) {
                 // No archive holds more rows than the whole search may keep.
                 scanner.scan(lines, *chunk, m_request.rowLimit, &m_stop);
-                if (m_request.rowLimit > 0 && qsizetype(chunk->rows.size()) >= m_request.rowLimit)
+                if (m_request.rowLimit > 0 && qsizetype(chunk->found.size()) >= m_request.rowLimit)
                     break;
                 if (m_request.afterChunk)
                     m_request.afterChunk(archive, stream.bytesRead());
             }
         }
-        expectedRows = chunk->rows.size();
-        // Far fewer rows than room for them: the room is given back (a copy, so only then).
-        if (chunk->rows.capacity() > expectedRows + expectedRows / 4)
-            chunk->rows.shrink_to_fit();
+        chunk->keepFound();
+        chunk->found.swap(found);
         if (!chunk->blocks.empty())
             block = chunk->blocks.back();
         if (chunk->rows.empty())
@@ -124,8 +120,7 @@ void SearchRun::work(int worker)
         // Named now, while its names are in this processor's cache; each worker fills its own slots.
         else if (m_request.sortRows && !m_abandoned.load(std::memory_order_relaxed)) {
             AlphabeticalOrder::NameTable &table = *m_nameTables[size_t(worker)];
-            m_nameIds[size_t(archive)] = table.nameRows(*chunk);
-            m_namedRows[size_t(archive)] = {&table, &m_nameIds[size_t(archive)]};
+            m_namedRows[size_t(archive)] = {&table, table.nameRows(*chunk)};
         }
         publish(archive, std::move(chunk));
     }
@@ -143,8 +138,7 @@ void SearchRun::work(int worker)
             named.reserve(rows.size());
             for (const auto &chunk : rows)
                 named.push_back(m_namedRows[size_t(chunk->archive)]);
-            std::vector<quint32> order = AlphabeticalOrder::order(rows, named, &m_abandoned);
-            m_nameIds = {};
+            RowOrder order = AlphabeticalOrder::order(rows, named, &m_abandoned);
             m_namedRows = {};
             m_nameTables.clear();
             QMutexLocker lock(&m_mutex);
@@ -170,7 +164,7 @@ void SearchRun::publish(int archive, std::shared_ptr<ResultChunk> chunk)
                 continue;
             const qsizetype limit = m_request.rowLimit;
             if (limit > 0 && m_rowsPublished + qsizetype(next->rows.size()) >= limit) {
-                next->rows.resize(size_t(limit - m_rowsPublished));
+                next->rows = next->rows.first(size_t(limit - m_rowsPublished));
                 m_limitReached.store(true);
                 m_stop.store(true);
             }

@@ -70,7 +70,7 @@ public:
     // The rows handed over since the last call, in order.
     std::vector<std::shared_ptr<const ResultChunk>> takeChunks();
     // The alphabetical order of every row; complete once finished() has been emitted.
-    std::vector<quint32> takeSortedOrder();
+    RowOrder takeSortedOrder();
 
     // Runs a whole search on the calling thread (and its helpers) and returns its rows.
     static SearchResults runAndWait(const SearchRequest &request);
@@ -99,7 +99,6 @@ private:
     // For the alphabetical order: a name table per worker, and by archive, its rows' name ids.
     std::vector<std::unique_ptr<AlphabeticalOrder::NameTable>> m_nameTables;
     std::vector<AlphabeticalOrder::NamedRows> m_namedRows;
-    std::vector<std::vector<quint32>> m_nameIds;
 
     QMutex m_mutex; // guards everything below
     std::vector<std::shared_ptr<ResultChunk>> m_scanned; // by archive, until handed over in order
@@ -108,5 +107,5 @@ private:
     qsizetype m_rowsPublished = 0;
     std::vector<std::shared_ptr<const ResultChunk>> m_published; // every row, for the sorted order
     std::vector<std::shared_ptr<const ResultChunk>> m_waiting;   // not yet taken
-    std::vector<quint32> m_sortedOrder;
+    RowOrder m_sortedOrder;
 };

@@ -7,48 +7,41 @@
 
 #include <algorithm>
 
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
-#include <sys/mman.h>
-
-PathBlock::PathBlock(size_t capacity)
+const char *PathBlock::store(QByteArrayView bytes, size_t alignment)
 {
-    // Whole huge pages, aligned on one, so the system may back the block with them.
-    constexpr size_t kHugePage = size_t(2) << 20;
-    m_capacity = (std::max<size_t>(capacity, 1) + kHugePage - 1) / kHugePage * kHugePage;
-    m_data = static_cast<char *>(std::aligned_alloc(kHugePage, m_capacity));
-    if (!m_data)
-        throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-    madvise(m_data, m_capacity, MADV_HUGEPAGE);
-#endif
-}
-
-PathBlock::~PathBlock()
-{
-    std::free(m_data);
-}
-
-const char *PathBlock::store(QByteArrayView path)
-{
-    if (size_t(path.size()) > m_capacity - m_used)
+    const size_t start = (m_used + alignment - 1) & ~(alignment - 1);
+    if (start > m_memory.size() || size_t(bytes.size()) > m_memory.size() - start)
         return nullptr;
-    char *copy = m_data + m_used;
-    std::memcpy(copy, path.data(), size_t(path.size()));
-    m_used += size_t(path.size());
+    m_memory.prepare(start + size_t(bytes.size()));
+    char *copy = m_memory.data() + start;
+    if (!bytes.isEmpty())
+        std::memcpy(copy, bytes.data(), size_t(bytes.size()));
+    m_used = start + size_t(bytes.size());
     return copy;
 }
 
-const char *ResultChunk::store(QByteArrayView path)
+const char *storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, QByteArrayView bytes, size_t alignment)
 {
     if (!blocks.empty()) {
-        if (const char *copy = blocks.back()->store(path))
+        if (const char *copy = blocks.back()->store(bytes, alignment))
             return copy;
     }
-    blocks.push_back(std::make_shared<PathBlock>(std::max(PathBlock::kSize, size_t(path.size()))));
-    return blocks.back()->store(path);
+    blocks.push_back(std::make_shared<PathBlock>(std::max(PathBlock::kSize, size_t(bytes.size()))));
+    return blocks.back()->store(bytes, alignment);
+}
+
+void ResultChunk::keepFound()
+{
+    if (found.empty()) {
+        rows = {};
+        return;
+    }
+    const QByteArrayView bytes(reinterpret_cast<const char *>(found.data()), qsizetype(found.size() * sizeof(ResultRow)));
+    const auto *kept = reinterpret_cast<const ResultRow *>(storeInBlocks(blocks, bytes, alignof(ResultRow)));
+    rows = {kept, found.size()};
+    found.clear();
 }
 
 void SearchResults::clear()
@@ -128,7 +121,7 @@ qsizetype SearchResults::memoryUsed() const
     qsizetype bytes = qsizetype(m_sorted.capacity() * sizeof(quint32) + m_chunkStarts.capacity() * sizeof(qsizetype));
     std::vector<const PathBlock *> blocks;
     for (const auto &chunk : m_chunks) {
-        bytes += qsizetype(chunk->rows.capacity() * sizeof(ResultRow) + sizeof(ResultChunk));
+        bytes += qsizetype(sizeof(ResultChunk));
         for (const auto &block : chunk->blocks)
             blocks.push_back(block.get());
     }
@@ -139,16 +132,12 @@ qsizetype SearchResults::memoryUsed() const
     return bytes;
 }
 
-std::vector<quint32> SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
-                                                const std::atomic_bool *abandon)
+RowOrder SearchResults::sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+                                   const std::atomic_bool *abandon)
 {
     AlphabeticalOrder::NameTable table;
-    std::vector<std::vector<quint32>> ids;
-    ids.reserve(chunks.size());
     std::vector<AlphabeticalOrder::NamedRows> named;
-    for (const auto &chunk : chunks) {
-        ids.push_back(table.nameRows(*chunk));
-        named.push_back({&table, &ids.back()});
-    }
+    for (const auto &chunk : chunks)
+        named.push_back({&table, table.nameRows(*chunk)});
     return AlphabeticalOrder::order(chunks, named, abandon);
 }

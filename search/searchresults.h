@@ -1,5 +1,6 @@
 #pragma once
 
+#include "freshmemory.h"
 #include "searchrules.h"
 
 #include <QByteArray>
@@ -9,30 +10,39 @@
 
 #include <atomic>
 #include <memory>
+#include <span>
 #include <vector>
 
-// Memory for found paths: large blocks taken from the system at once (in huge pages where it gives
-// them), so that millions of rows cost a few page faults rather than one per 4 KB. The chunks of one
-// worker thread fill a block in turn; each chunk keeps the blocks holding its paths.
+// Memory for found paths: large blocks taken from the system at once and readied a huge page at a
+// time as they fill (FreshMemory), so that millions of rows cost a few page faults rather than one
+// per 4 KB. The chunks of one worker thread fill a block in turn; each chunk keeps the blocks
+// holding its paths.
 class PathBlock
 {
 public:
     static constexpr size_t kSize = size_t(4) << 20;
 
-    explicit PathBlock(size_t capacity = kSize);
-    ~PathBlock();
-    PathBlock(const PathBlock &) = delete;
-    PathBlock &operator=(const PathBlock &) = delete;
+    explicit PathBlock(size_t capacity = kSize)
+        : m_memory(capacity)
+    {
+    }
 
-    // Where `path` was copied; nullptr when it does not fit.
-    const char *store(QByteArrayView path);
-    size_t capacity() const { return m_capacity; }
+    // Where `bytes` were copied, at a multiple of `alignment` (a power of two); nullptr when they do
+    // not fit.
+    const char *store(QByteArrayView bytes, size_t alignment = 1);
+    size_t capacity() const { return m_memory.size(); }
 
 private:
-    char *m_data = nullptr;
-    size_t m_capacity = 0;
+    FreshMemory m_memory;
     size_t m_used = 0;
 };
+
+// Copies `bytes` into the last of `blocks`, or into a new block when it is full, at a multiple of
+// `alignment` (a power of two); returns the copy.
+const char *storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, QByteArrayView bytes, size_t alignment = 1);
+
+// The alphabetical view's order: the order-found index of each row it shows, in turn.
+using RowOrder = LargeVector<quint32>;
 
 // One found row. Rows of a path found twice (a string occurring twice in a name) share its bytes.
 struct ResultRow
@@ -43,14 +53,19 @@ struct ResultRow
 };
 
 // The rows one archive gave, with the stored paths as read (quotes dropped, letters as catalogued).
+// While the archive is read its rows gather in `found` (a vector the worker reuses from archive to
+// archive); keepFound() then copies them beside the paths, where `rows` shows them.
 struct ResultChunk
 {
     int archive = 0; // index into the search's archive names
-    std::vector<std::shared_ptr<PathBlock>> blocks; // those holding its paths; the last one is filled
-    std::vector<ResultRow> rows;
+    std::vector<std::shared_ptr<PathBlock>> blocks; // those holding its paths and rows; the last one is filled
+    std::vector<ResultRow> found;
+    std::span<const ResultRow> rows;
 
     // Copies `path` into the last block, or into a new one when it is full; returns the copy.
-    const char *store(QByteArrayView path);
+    const char *store(QByteArrayView path) { return storeInBlocks(blocks, path); }
+    // Copies the rows in `found` into the blocks, as `rows`, and empties `found` (keeping its room).
+    void keepFound();
     QByteArrayView path(const ResultRow &row) const { return {row.path, row.pathLength}; }
     QByteArrayView fileName(const ResultRow &row) const { return path(row).sliced(row.nameOffset); }
 };
@@ -80,14 +95,14 @@ public:
     QByteArrayView storedFileName(qsizetype row) const;
 
     // The alphabetical view: row `sorted` of it shows the order-found row sortedIndex(sorted).
-    void setSortedOrder(std::vector<quint32> order) { m_sorted = std::move(order); }
+    void setSortedOrder(RowOrder order) { m_sorted = std::move(order); }
     qsizetype sortedSize() const { return qsizetype(m_sorted.size()); }
     qsizetype sortedIndex(qsizetype sorted) const { return m_sorted[size_t(sorted)]; }
     QString sortedRow(qsizetype sorted) const;
 
     // The alphabetical view's order of the rows of `chunks` (AlphabeticalOrder); empty when `abandon`
     // is set meanwhile.
-    static std::vector<quint32> sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
+    static RowOrder sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
                                             const std::atomic_bool *abandon = nullptr);
 
     // Bytes held, for the memory budget.
@@ -104,7 +119,7 @@ private:
     QStringList m_archiveNames;
     std::vector<std::shared_ptr<const ResultChunk>> m_chunks;
     std::vector<qsizetype> m_chunkStarts; // first row of each chunk
-    std::vector<quint32> m_sorted;
+    RowOrder m_sorted;
     qsizetype m_size = 0;
     SearchKind m_kind = SearchKind::Name;
 };

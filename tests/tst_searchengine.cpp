@@ -27,6 +27,7 @@ QList<QByteArrayList> rowsOf(SearchKind kind, const QByteArray &term, const QByt
 {
     ResultChunk chunk;
     ArchiveScanner(kind, term).scan(archive, chunk);
+    chunk.keepFound();
     QList<QByteArrayList> rows;
     for (const ResultRow &row : chunk.rows) {
         const QByteArray path = Windows1252::toUpper(chunk.path(row));
@@ -179,6 +180,7 @@ private slots:
                                    "\"d:\\V1.0\\README\"\r\n\"d:\\jeux\\jeux\\jeux.txt\"\r\n";
         ResultChunk chunk;
         ArchiveScanner(SearchKind::Theme, searchTerm(u"jeux"_qs)).scan(archive, chunk);
+        chunk.keepFound();
         QList<QByteArray> names;
         for (const ResultRow &row : chunk.rows)
             names.append(chunk.fileName(row).toByteArray());
@@ -188,6 +190,7 @@ private slots:
         const auto found = [&archive](const QString &theme) {
             auto chunk = std::make_shared<ResultChunk>();
             ArchiveScanner(SearchKind::Theme, searchTerm(theme)).scan(archive, *chunk);
+            chunk->keepFound();
             SearchResults results;
             results.setKind(SearchKind::Theme);
             results.append(chunk);
@@ -465,7 +468,7 @@ private slots:
             rows += qsizetype(chunk->rows.size());
         // Starts from the name's first byte up to the fifth byte from the end.
         QCOMPARE(rows, (1 << 20) - 4);
-        const std::vector<quint32> order = run.takeSortedOrder();
+        const RowOrder order = run.takeSortedOrder();
         QCOMPARE(qsizetype(order.size()), rows);
         QVERIFY(std::is_sorted(order.begin(), order.end()));
     }
@@ -475,7 +478,8 @@ private slots:
         // A 10 MB path upper-cased and decoded whole at every paint froze the window.
         auto chunk = std::make_shared<ResultChunk>();
         const QByteArray path = "d:\\" + QByteArray(10 << 20, 'a') + ".txt";
-        chunk->rows.push_back({chunk->store(path), quint32(path.size()), 3});
+        chunk->found.push_back({chunk->store(path), quint32(path.size()), 3});
+        chunk->keepFound();
         SearchResults results;
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
@@ -544,6 +548,7 @@ private slots:
             archive += "\"d:\\X\\A.TXT\"\r\n";
         auto chunk = std::make_shared<ResultChunk>();
         ArchiveScanner(SearchKind::Extension, "TXT").scan(archive, *chunk);
+        chunk->keepFound();
         SearchResults results;
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
@@ -574,14 +579,15 @@ private slots:
         }
         for (const QByteArray &name : std::as_const(stored)) {
             const QByteArray path = "d:\\" + name;
-            chunk->rows.push_back({chunk->store(path), quint32(path.size()), 3});
+            chunk->found.push_back({chunk->store(path), quint32(path.size()), 3});
         }
+        chunk->keepFound();
         std::vector<qsizetype> expected(size_t(stored.size()));
         std::iota(expected.begin(), expected.end(), 0);
         std::stable_sort(expected.begin(), expected.end(), [&](qsizetype a, qsizetype b) {
             return stored[a].toUpper() < stored[b].toUpper();
         });
-        const std::vector<quint32> order = SearchResults::sortedOrder({chunk});
+        const RowOrder order = SearchResults::sortedOrder({chunk});
         QVERIFY(std::equal(order.begin(), order.end(), expected.begin(), expected.end()));
     }
 
@@ -626,9 +632,9 @@ private slots:
                 rows += qsizetype(chunk->rows.size());
             QCOMPARE(rows, kExtensionRowLimit);
             // Every row kept, once; none of the rows cut (whose archives' names were sorted too).
-            std::vector<quint32> order = run.takeSortedOrder();
+            RowOrder order = run.takeSortedOrder();
             std::sort(order.begin(), order.end());
-            std::vector<quint32> every(static_cast<size_t>(kExtensionRowLimit));
+            RowOrder every(static_cast<size_t>(kExtensionRowLimit));
             std::iota(every.begin(), every.end(), 0u);
             QVERIFY(order == every);
         }
@@ -645,10 +651,11 @@ private slots:
         auto chunk = std::make_shared<ResultChunk>();
         for (int i = 0; i < 1000000; ++i) {
             const QByteArray path = "d:\\PHOTOS\\VACANCES\\img_" + QByteArray::number(999999 - i) + ".jpg";
-            chunk->rows.push_back({chunk->store(path), quint32(path.size()), 19});
+            chunk->found.push_back({chunk->store(path), quint32(path.size()), 19});
         }
         const QByteArray huge = "d:\\" + QByteArray(5 << 20, 'x');
-        chunk->rows.push_back({chunk->store(huge), quint32(huge.size()), 3});
+        chunk->found.push_back({chunk->store(huge), quint32(huge.size()), 3});
+        chunk->keepFound();
         results.append(chunk);
         results.setSortedOrder(SearchResults::sortedOrder({chunk}));
         for (int i = 0; i < 1000000; i += 997)
