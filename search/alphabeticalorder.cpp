@@ -3,6 +3,8 @@
 #include "freshmemory.h"
 #include "windows1252.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -57,6 +59,27 @@ struct SortEntry
     quint32 id;         // in its table, once it has one
 };
 
+constexpr quint64 kHighBits = 0x8080808080808080ull;
+
+// Up to eight bytes of `bytes` from `at`, the first in the lowest byte, zeros after the end.
+quint64 wordAt(const unsigned char *bytes, qsizetype at, qsizetype size)
+{
+    quint64 word = 0;
+    if (size - at >= 8)
+        std::memcpy(&word, bytes + at, 8);
+    else
+        std::memcpy(&word, bytes + at, size_t(size - at));
+    return word;
+}
+
+// Eight ASCII bytes upper-cased at once: a to z less 0x20, every other byte kept.
+quint64 upperCasedAscii(quint64 word)
+{
+    const quint64 fromA = word + 0x1f1f1f1f1f1f1f1full; // 'a' and above reach 0x80
+    const quint64 pastZ = word + 0x0505050505050505ull; // above 'z' reaches 0x80
+    return word - (((fromA & ~pastZ) & kHighBits) >> 2);
+}
+
 SortEntry entryOf(QByteArrayView name)
 {
     const unsigned char *letters = sortLetters();
@@ -64,18 +87,31 @@ SortEntry entryOf(QByteArrayView name)
     SortEntry entry{{}, name.data(), quint32(std::min<qsizetype>(name.size(), 0x7fffffff)), false, 0};
     const auto *bytes = reinterpret_cast<const unsigned char *>(name.data());
     const auto inHead = std::min<qsizetype>(kHeadLetters, name.size());
+    // Most names are ASCII, whose sort letters are their capitals: eight at a time. Only a byte
+    // from 0x80 on can be a letter that sorts as another.
+    quint64 highBits = 0;
     for (qsizetype word = 0; word * 8 < inHead; ++word) {
+        const quint64 eight = wordAt(bytes, word * 8, inHead);
+        highBits |= eight & kHighBits;
+        if ((eight & kHighBits) == 0) {
+            entry.head[word] = qToBigEndian(upperCasedAscii(eight));
+            continue;
+        }
         const qsizetype end = std::min<qsizetype>(8, inHead - word * 8);
         quint64 head = 0;
         for (qsizetype i = 0; i < end; ++i)
             head |= quint64(letters[bytes[word * 8 + i]]) << (56 - 8 * i);
         entry.head[word] = head;
     }
-    const unsigned char *upper = Windows1252::upperTable();
-    bool folded = false;
-    for (qsizetype i = 0; i < name.size() && !folded; ++i)
-        folded = letters[bytes[i]] != upper[bytes[i]];
-    entry.folded = folded;
+    for (qsizetype at = inHead; at < name.size() && highBits == 0; at += 8)
+        highBits |= wordAt(bytes, at, name.size()) & kHighBits;
+    if (highBits != 0) {
+        const unsigned char *upper = Windows1252::upperTable();
+        bool folded = false;
+        for (qsizetype i = 0; i < name.size() && !folded; ++i)
+            folded = letters[bytes[i]] != upper[bytes[i]];
+        entry.folded = folded;
+    }
     return entry;
 }
 
