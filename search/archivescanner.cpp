@@ -11,15 +11,45 @@
 #define KALVEX_HAVE_X86 1
 #endif
 
+namespace {
+
+// How often an upper-cased byte turns up in catalogued paths, roughly: letters by their frequency in
+// French and English names, then digits and the separators. The scan looks for the term's two rarest
+// bytes, so that fewer places need a closer look.
+int commonness(unsigned char upper)
+{
+    static constexpr char kByFrequency[] = "\\ .ESAIRTNOLUCDPM0123456789_-VGBFHYWKQXJZ";
+    for (int i = 0; kByFrequency[i]; ++i) {
+        if (static_cast<unsigned char>(kByFrequency[i]) == upper)
+            return 64 - i;
+    }
+    return 0;
+}
+
+} // namespace
+
 ArchiveScanner::ArchiveScanner(SearchKind kind, QByteArray term)
     : m_kind(kind)
     , m_term(std::move(term))
 {
+    // The two rarest bytes, the rarer first, at two places (one when the term is one byte).
+    const auto rank = [this](qsizetype at) { return commonness(static_cast<unsigned char>(m_term[at])); };
+    for (qsizetype at = 1; at < m_term.size(); ++at) {
+        if (rank(at) < rank(m_firstAt))
+            m_firstAt = at;
+    }
+    m_lastAt = m_firstAt;
+    for (qsizetype at = 0; at < m_term.size(); ++at) {
+        if (at != m_firstAt && (m_lastAt == m_firstAt || rank(at) < rank(m_lastAt)))
+            m_lastAt = at;
+    }
+    if (m_lastAt < m_firstAt)
+        std::swap(m_firstAt, m_lastAt);
     // A term holding a line end cannot be found by a scan over raw bytes; such terms (never typed)
     // take the plain line-by-line reading.
     m_blockScan = !m_term.isEmpty() && !m_term.contains('\n') && !m_term.contains('\r')
-                  && casesOf(static_cast<unsigned char>(m_term.front()), m_first)
-                  && casesOf(static_cast<unsigned char>(m_term.back()), m_last);
+                  && casesOf(static_cast<unsigned char>(m_term[m_firstAt]), m_first)
+                  && casesOf(static_cast<unsigned char>(m_term[m_lastAt]), m_last);
 }
 
 void ArchiveScanner::judgeLine(QByteArrayView line, ResultChunk &out, qsizetype rowCap) const
@@ -67,7 +97,7 @@ void ArchiveScanner::scanLineByLine(QByteArrayView data, ResultChunk &out, qsize
 namespace {
 
 // The scanners' blocks: 64 bytes, whose candidates make one 64-bit mask. Bit k is set when the byte
-// at k may start the term (its first byte in either case) and the byte at k + distance may end it.
+// at k is one of `first` and the byte at k + distance one of `last`.
 constexpr qsizetype kBlock = 64;
 
 __attribute__((target("avx2"), always_inline)) inline __m256i hitsAvx2(const char *at, qsizetype distance, __m256i first0,
@@ -154,16 +184,19 @@ void ArchiveScanner::scan(QByteArrayView data, ResultChunk &out, qsizetype rowCa
     const auto full = [&] { return rowCap > 0 && qsizetype(out.found.size()) >= rowCap; };
     qsizetype pos = 0;
 #ifdef KALVEX_HAVE_X86
-    // Blocks read up to n - 1 bytes past their end: the last one must still lie inside the data.
+    // Blocks are compared from the term's first chosen byte on, and read up to the second one past
+    // their end: candidates start at most at size - n, so the term read from one lies in the data.
     const qsizetype limit = size - (n - 1) - kBlock;
+    const char *chosen = base + m_firstAt;
+    const qsizetype distance = m_lastAt - m_firstAt;
     constexpr qsizetype kStopCheck = qsizetype(1) << 20; // bytes scanned between looks at the stop flag
     while (pos <= limit) {
         if (stop && stop->load(std::memory_order_relaxed))
             return;
         const qsizetype sliceLimit = std::min(limit, pos + kStopCheck);
         quint64 mask = 0;
-        pos = g_useAvx2 ? findBlockAvx2(base, pos, sliceLimit, n - 1, m_first, m_last, mask)
-                        : findBlockSse2(base, pos, sliceLimit, n - 1, m_first, m_last, mask);
+        pos = g_useAvx2 ? findBlockAvx2(chosen, pos, sliceLimit, distance, m_first, m_last, mask)
+                        : findBlockSse2(chosen, pos, sliceLimit, distance, m_first, m_last, mask);
         if (pos > sliceLimit)
             continue; // no candidate in this slice
         qsizetype next = pos + kBlock;

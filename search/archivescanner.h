@@ -34,7 +34,10 @@ private:
 
     SearchKind m_kind;
     QByteArray m_term;
-    // The bytes that upper-case to the term's first and last bytes (two each; the same twice when one).
+    // Where the term's two rarest bytes lie, and the bytes that upper-case to each (two each; the
+    // same twice when one).
+    qsizetype m_firstAt = 0;
+    qsizetype m_lastAt = 0;
     std::array<unsigned char, 2> m_first{};
     std::array<unsigned char, 2> m_last{};
     bool m_blockScan = false;
