@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <mutex>
 #include <numeric>
 #include <thread>
 #include <utility>
@@ -215,8 +216,8 @@ struct NameTable::Names
     bool sorted = false; // order() has sorted the cells: they name no more rows
     std::vector<std::shared_ptr<PathBlock>> blocks;   // holding the names
     std::vector<std::shared_ptr<PathBlock>> idBlocks; // holding the rows' ids
-    std::vector<NamedRow> scratch;                    // reused from chunk to chunk
     std::vector<quint32> idScratch;                   // reused from chunk to chunk
+    std::mutex mutex; // the workers of a search share one table; each makes its rows' keys outside it
 
     // Asks the processor for the cell idOf(…, hash) reads first: the table is large and the read
     // would otherwise wait.
@@ -268,6 +269,12 @@ struct NameTable::Names
         }
         return {cells.data(), count};
     }
+
+    void releaseCells()
+    {
+        cells = {};
+        count = 0;
+    }
 };
 
 NameTable::NameTable()
@@ -279,15 +286,10 @@ NameTable::~NameTable() = default;
 
 std::span<const quint32> NameTable::nameRows(const ResultChunk &chunk)
 {
-    Q_ASSERT(!m_names->sorted);
-    for (const auto &block : chunk.blocks) {
-        if (m_names->blocks.empty() || m_names->blocks.back() != block)
-            m_names->blocks.push_back(block);
-    }
     // First every row's name and hash (reading the names while they are in the cache), then their ids,
-    // each asked for ahead so that the tables' reads overlap.
+    // each asked for ahead so that the table's reads overlap.
     const unsigned char *upper = Windows1252::upperTable();
-    std::vector<NamedRow> &rows = m_names->scratch;
+    thread_local std::vector<NamedRow> rows; // reused from chunk to chunk
     rows.clear();
     const ResultRow *previous = nullptr;
     for (const ResultRow &row : chunk.rows) {
@@ -302,6 +304,12 @@ std::span<const quint32> NameTable::nameRows(const ResultChunk &chunk)
         previous = &row;
         const SortEntry entry = entryOf(chunk.fileName(row));
         rows.push_back({entry, hashOfShownName(entry, upper), false});
+    }
+    std::lock_guard lock(m_names->mutex);
+    Q_ASSERT(!m_names->sorted);
+    for (const auto &block : chunk.blocks) {
+        if (m_names->blocks.empty() || m_names->blocks.back() != block)
+            m_names->blocks.push_back(block);
     }
     constexpr size_t kCellAhead = 16;
     std::vector<quint32> &ids = m_names->idScratch;
@@ -352,20 +360,18 @@ RowOrder order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks, co
     struct List
     {
         size_t table;
-        size_t first; // the cells [first, end) of the table, compacted
-        size_t end;
+        NameCell *first; // a stretch of the table's cells, compacted
+        NameCell *end;
     };
     std::vector<List> lists;
     for (size_t t = 0; t < tables.size(); ++t) {
-        const size_t count = tables[t]->names().compacted().size();
-        const size_t parts = tables.size() == 1 && count >= (size_t(1) << 16) ? processors : 1;
+        const std::span<NameCell> cells = tables[t]->names().compacted();
+        const size_t parts = tables.size() == 1 && cells.size() >= (size_t(1) << 16) ? processors : 1;
         for (size_t part = 0; part < parts; ++part)
-            lists.push_back({t, count * part / parts, count * (part + 1) / parts});
+            lists.push_back({t, cells.data() + cells.size() * part / parts, cells.data() + cells.size() * (part + 1) / parts});
     }
     inParallel(lists.size(), [&](size_t l) {
-        const List &list = lists[l];
-        const std::span<NameCell> cells = tables[list.table]->names().compacted();
-        std::sort(cells.begin() + qsizetype(list.first), cells.begin() + qsizetype(list.end),
+        std::sort(lists[l].first, lists[l].end,
                   [](const NameCell &a, const NameCell &b) { return compareEntries(a.entry, b.entry) < 0; });
     });
     if (abandoned())
@@ -375,31 +381,28 @@ RowOrder order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks, co
     std::vector<LargeVector<quint32>> rankOf(tables.size());
     for (size_t t = 0; t < tables.size(); ++t)
         rankOf[t].resize(tables[t]->names().count);
-    std::vector<size_t> next(lists.size());
-    for (size_t l = 0; l < lists.size(); ++l)
-        next[l] = lists[l].first;
-    const auto nameAt = [&](size_t l) -> const SortEntry & {
-        return tables[lists[l].table]->names().compacted()[next[l]].entry;
-    };
     quint32 ranks = 0;
     const SortEntry *previous = nullptr;
     for (;;) {
         size_t best = lists.size();
         for (size_t l = 0; l < lists.size(); ++l) {
-            if (next[l] == lists[l].end)
+            if (lists[l].first == lists[l].end)
                 continue;
-            if (best == lists.size() || compareEntries(nameAt(l), nameAt(best)) < 0)
+            if (best == lists.size() || compareEntries(lists[l].first->entry, lists[best].first->entry) < 0)
                 best = l;
         }
         if (best == lists.size())
             break;
-        const SortEntry &name = nameAt(best);
-        ++next[best];
+        const SortEntry &name = (lists[best].first++)->entry;
         if (!previous || compareEntries(*previous, name) != 0)
             ++ranks;
         rankOf[lists[best].table][name.id] = ranks - 1;
         previous = &name;
     }
+    // The names are ranked: their cells are given back, and the order below takes their memory
+    // again, already mapped, rather than pages the system has to find and clear.
+    for (NameTable *table : tables)
+        table->names().releaseCells();
 
     // Rows by their name's rank, the same name's rows in the order found: the chunks are shared out
     // in stretches of about as many rows, each stretch's ranks counted, then its rows placed after

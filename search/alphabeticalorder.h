@@ -14,8 +14,9 @@
 // Results hold the same names many times (a file on many discs, every SETUP.EXE of a search by
 // name), so each distinct name is sorted once and rows are placed by their name's rank. Most of the
 // work runs on the search's workers, each while the names it has just found are still in the
-// processor's cache: every worker gives the rows of its archives ids in its own `NameTable`;
-// `order` then sorts each table's names, merges the tables and places the rows.
+// processor's cache: every worker gives the rows of its archives ids in the search's `NameTable`,
+// making the rows' keys on its own and taking the table's lock only to find their ids; `order` then
+// sorts the table's names (in one list per processor), merges the lists and places the rows.
 namespace AlphabeticalOrder {
 
 class NameTable
@@ -28,6 +29,7 @@ public:
 
     // The ids in this table of the names of `chunk`'s rows, in row order, held by the table. The
     // table keeps the chunk's path blocks, so its names stay readable whatever becomes of the chunk.
+    // Threads may call it at once.
     std::span<const quint32> nameRows(const ResultChunk &chunk);
 
     struct Names;

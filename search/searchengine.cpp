@@ -43,11 +43,10 @@ void SearchRun::start()
     m_workersLeft.store(threads);
     m_workers = threads;
     if (m_request.sortRows) {
-        for (int i = 0; i < threads; ++i)
-            m_nameTables.push_back(std::make_unique<AlphabeticalOrder::NameTable>());
+        m_nameTable = std::make_unique<AlphabeticalOrder::NameTable>();
     }
     for (int i = 0; i < threads; ++i)
-        m_threads.emplace_back([this, i] { work(i); });
+        m_threads.emplace_back([this] { work(); });
 }
 
 void SearchRun::wait()
@@ -70,7 +69,7 @@ RowOrder SearchRun::takeSortedOrder()
     return std::exchange(m_sortedOrder, {});
 }
 
-void SearchRun::work(int worker)
+void SearchRun::work()
 {
     const ArchiveScanner scanner(m_request.kind, m_request.term);
     QByteArray buffer; // reused from archive to archive
@@ -117,10 +116,10 @@ void SearchRun::work(int worker)
             block = chunk->blocks.back();
         if (chunk->rows.empty())
             chunk->blocks.clear();
-        // Named now, while its names are in this processor's cache; each worker fills its own slots.
+        // Named now, while its names are in this processor's cache; each worker fills its own slots of
+        // m_namedRows.
         else if (m_request.sortRows && !m_abandoned.load(std::memory_order_relaxed)) {
-            AlphabeticalOrder::NameTable &table = *m_nameTables[size_t(worker)];
-            m_namedRows[size_t(archive)] = {&table, table.nameRows(*chunk)};
+            m_namedRows[size_t(archive)] = {m_nameTable.get(), m_nameTable->nameRows(*chunk)};
         }
         publish(archive, std::move(chunk));
     }
@@ -140,7 +139,7 @@ void SearchRun::work(int worker)
                 named.push_back(m_namedRows[size_t(chunk->archive)]);
             RowOrder order = AlphabeticalOrder::order(rows, named, &m_abandoned);
             m_namedRows = {};
-            m_nameTables.clear();
+            m_nameTable.reset();
             QMutexLocker lock(&m_mutex);
             m_sortedOrder = std::move(order);
         }

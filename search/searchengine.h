@@ -81,7 +81,7 @@ signals:
     void finished();
 
 private:
-    void work(int worker);
+    void work();
     void publish(int archive, std::shared_ptr<ResultChunk> chunk);
 
     // Read by every worker at once: const, so no access can detach (copy) the shared lists.
@@ -96,8 +96,8 @@ private:
     std::atomic_int m_workersLeft{0};
     std::vector<std::thread> m_threads;
     int m_workers = 0; // set before they start
-    // For the alphabetical order: a name table per worker, and by archive, its rows' name ids.
-    std::vector<std::unique_ptr<AlphabeticalOrder::NameTable>> m_nameTables;
+    // For the alphabetical order: the name table the workers share, and by archive, its rows' name ids.
+    std::unique_ptr<AlphabeticalOrder::NameTable> m_nameTable;
     std::vector<AlphabeticalOrder::NamedRows> m_namedRows;
 
     QMutex m_mutex; // guards everything below
