@@ -323,13 +323,9 @@ std::span<const quint32> NameTable::nameRows(const ResultChunk &chunk)
             m_names->prefetch(rows[i + kCellAhead].hash);
         ids.push_back(m_names->idOf(rows[i].entry, rows[i].hash));
     }
-    if (ids.empty())
-        return {};
     // Kept in large blocks, like the rows: an archive's worth of fresh memory at a time costs a fault
     // a page.
-    const QByteArrayView bytes(reinterpret_cast<const char *>(ids.data()), qsizetype(ids.size() * sizeof(quint32)));
-    const auto *kept = reinterpret_cast<const quint32 *>(storeInBlocks(m_names->idBlocks, bytes, alignof(quint32)));
-    return {kept, ids.size()};
+    return storeInBlocks(m_names->idBlocks, std::span<const quint32>(ids));
 }
 
 RowOrder order(const std::vector<std::shared_ptr<const ResultChunk>> &chunks, const std::vector<NamedRows> &named,

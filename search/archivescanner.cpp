@@ -32,7 +32,7 @@ ArchiveScanner::ArchiveScanner(SearchKind kind, QByteArray term)
     : m_kind(kind)
     , m_term(std::move(term))
 {
-    // The two rarest bytes, the rarer first, at two places (one when the term is one byte).
+    // The two rarest bytes, in the order they stand in the term (one place when it is one byte).
     const auto rank = [this](qsizetype at) { return commonness(static_cast<unsigned char>(m_term[at])); };
     for (qsizetype at = 1; at < m_term.size(); ++at) {
         if (rank(at) < rank(m_firstAt))

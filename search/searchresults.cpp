@@ -34,13 +34,7 @@ const char *storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, QByte
 
 void ResultChunk::keepFound()
 {
-    if (found.empty()) {
-        rows = {};
-        return;
-    }
-    const QByteArrayView bytes(reinterpret_cast<const char *>(found.data()), qsizetype(found.size() * sizeof(ResultRow)));
-    const auto *kept = reinterpret_cast<const ResultRow *>(storeInBlocks(blocks, bytes, alignof(ResultRow)));
-    rows = {kept, found.size()};
+    rows = storeInBlocks(blocks, std::span<const ResultRow>(found));
     found.clear();
 }
 

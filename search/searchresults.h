@@ -41,6 +41,16 @@ private:
 // `alignment` (a power of two); returns the copy.
 const char *storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, QByteArrayView bytes, size_t alignment = 1);
 
+// The same for values (plain data, such as rows or ids): their copy, aligned for them.
+template<typename T>
+std::span<const T> storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, std::span<const T> values)
+{
+    if (values.empty())
+        return {};
+    const QByteArrayView bytes(reinterpret_cast<const char *>(values.data()), qsizetype(values.size_bytes()));
+    return {reinterpret_cast<const T *>(storeInBlocks(blocks, bytes, alignof(T))), values.size()};
+}
+
 // The alphabetical view's order: the order-found index of each row it shows, in turn.
 using RowOrder = LargeVector<quint32>;
 
@@ -103,7 +113,7 @@ public:
     // The alphabetical view's order of the rows of `chunks` (AlphabeticalOrder); empty when `abandon`
     // is set meanwhile.
     static RowOrder sortedOrder(const std::vector<std::shared_ptr<const ResultChunk>> &chunks,
-                                            const std::atomic_bool *abandon = nullptr);
+                                const std::atomic_bool *abandon = nullptr);
 
     // Bytes held, for the memory budget.
     qsizetype memoryUsed() const;
