@@ -38,6 +38,12 @@ QByteArray FileFinder::Lire_Fichiers(int index) const
 
 void FileFinder::Rechercher()
 {
+    beginWalk();
+    continueWalk();
+}
+
+void FileFinder::beginWalk()
+{
     m_state.store(true, std::memory_order_release);
     m_count.store(0, std::memory_order_release);
     m_failed.store(false, std::memory_order_release);
@@ -47,7 +53,10 @@ void FileFinder::Rechercher()
     // The blocks of the last walk are written over from the first.
     m_block = -1;
     m_free = m_freeEnd = nullptr;
+}
 
+void FileFinder::continueWalk()
+{
     // "d:\JEUX\" is the directory JEUX at the mount point of drive d:; a drive without a medium
     // (or no drive at all) lists nothing, like a drive that is not ready.
     const std::optional<Drive> drive = m_drives.find(m_root);

@@ -54,7 +54,14 @@ public:
     void setState(bool busy) { m_state.store(busy, std::memory_order_release); }
 
     // Discards earlier results and walks the root; returns when the walk is over or cancelled.
+    // The same as beginWalk() followed by continueWalk().
     void Rechercher();
+    // The first half of Rechercher(), for a walk run by another thread: the earlier results are
+    // discarded (count 0, not failed, busy) before this returns, so no reader can take the last
+    // walk's entries for the next one's while the worker is still on its way.
+    void beginWalk();
+    // The walk itself, after beginWalk().
+    void continueWalk();
     // Stops a running walk at its next entry; does nothing when no walk runs.
     void Annuler();
     // The last walk stopped because a directory it had seen could no longer be read: what was

@@ -28,7 +28,7 @@ void SearchThread::start()
     if (m_running)
         return;
     m_running = true;
-    m_finder.setState(true);
+    m_finder.beginWalk();
     {
         const std::lock_guard lock(m_mutex);
         m_walkAsked = true;
@@ -49,7 +49,7 @@ void SearchThread::serve()
                 return;
             m_walkAsked = false;
         }
-        m_finder.Rechercher();
+        m_finder.continueWalk();
         // Dropped if this object is gone by then.
         QMetaObject::invokeMethod(
             this,

@@ -8,9 +8,10 @@
 
 class FileFinder;
 
-// Runs a finder's Rechercher() on a worker thread. The finder's State() is true as soon as
-// start() returns and until the walk is over, so a caller may wait on it as on a walk in its own
-// thread; finished() arrives in the thread that owns this object once the walk has returned.
+// Runs a finder's Rechercher() on a worker thread. When start() returns, the finder's earlier
+// results are gone (count 0) and its State() is true until the walk is over, so a caller may wait
+// on it as on a walk in its own thread, and never reads the last walk's entries as the new one's
+// however late the worker wakes; finished() arrives in the thread that owns this object once the walk has returned.
 // The worker is made at the first start() and waits for the next one (waking it costs less than
 // making a thread). Destroying a running search cancels the walk and waits for it.
 class SearchThread : public QObject

@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -304,6 +305,19 @@ private slots:
         QVERIFY(finished.wait(5000));
         QCOMPARE(finder.count(), 30000);
         QVERIFY(!search.isRunning());
+
+        // The next walk, of a small medium: once start() returns, none of the last walk's
+        // entries can be read as this one's, however late the worker wakes.
+        lister.set("/cd/", {{"SMALL"}});
+        Gate gate;
+        lister.onList = [&](const QByteArray &) { gate.pass(); };
+        search.start();
+        const auto release = qScopeGuard([&] { gate.open(); }); // a failure must not hang the walk
+        QCOMPARE(finder.count(), 0);
+        QCOMPARE(finder.Lire_Fichiers(1), QByteArray("-1"));
+        gate.open();
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(results(finder), QList<QByteArray>{"d:\\SMALL"});
     }
 
     // A stop while the walk is inside a directory: nothing after it is read or recorded.
