@@ -270,7 +270,9 @@ void CreateArchiveForm::create()
         return;
     }
     m_name->setText(Windows1252::toUpper(m_name->text()));
-    if (m_name->text().isEmpty()) {
+    // A name that would reach outside the archive folder ("../../AB", "/TMPX") is no name of a
+    // file: it gets the message that says what a name looks like.
+    if (m_name->text().isEmpty() || !ArchiveFile::isPlainName(m_name->text())) {
         m_dialogs.message(QStringLiteral("Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"));
         return;
     }

@@ -56,6 +56,12 @@ bool write(const QString &folderPath, const QString &archiveName, const QList<QB
     return writer.commit();
 }
 
+bool isPlainName(const QString &name)
+{
+    return !name.contains(QLatin1Char('/')) && !name.contains(QLatin1Char('\\')) && !name.contains(QChar(0))
+           && !name.contains(QLatin1String(".."));
+}
+
 QStringList list(const QString &folderPath)
 {
     QStringList names;
@@ -77,12 +83,14 @@ constexpr qsizetype kWriteBufferSize = 64 * 1024;
 
 ArchiveWriter::ArchiveWriter(const QString &folderPath, const QString &archiveName)
     : m_folderPath(folderPath)
-    , m_target(QDir(folderPath).filePath(ArchiveFile::fileName(archiveName)))
 {
+    setArchiveName(archiveName);
 }
 
 void ArchiveWriter::setArchiveName(const QString &archiveName)
 {
+    if (!ArchiveFile::isPlainName(archiveName))
+        m_failed = true;
     m_target = QDir(m_folderPath).filePath(ArchiveFile::fileName(archiveName));
 }
 

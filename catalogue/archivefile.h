@@ -21,6 +21,12 @@ QByteArray encode(const QList<QByteArray> &entries);
 // The file name of an archive: the name as given, then ".lst".
 QString fileName(const QString &archiveName);
 
+// Whether a typed name can only name an entry of the folder it is meant for: no separator ("/",
+// or "\\" which stands for one in the catalogue's own paths), no "..", no NUL (which would cut
+// the name short in the system's calls). Archive, folder and rename names all go through it, so no
+// typed text makes or moves a file outside the data directory.
+bool isPlainName(const QString &name);
+
 // Writes the archive `archiveName` into `folderPath`, replacing a file of the same name.
 // An empty list writes nothing. The file appears whole or not at all: a failed write (read-only
 // folder, full disk) leaves any earlier file of that name as it was, and no other file behind.
@@ -35,7 +41,7 @@ QStringList list(const QString &folderPath);
 
 // Writes an archive entry by entry, for entries held elsewhere (a walk's results): each is copied
 // only into a small buffer on its way to the file. Like ArchiveFile::write(), the archive appears
-// at commit(), whole, or not at all.
+// at commit(), whole, or not at all. A name that is not plain (isPlainName) writes nothing.
 class ArchiveWriter
 {
 public:

@@ -1,5 +1,7 @@
 #include "archivefolders.h"
 
+#include "archivefile.h"
+
 #include "datadirectory.h"
 #include "textformat.h"
 
@@ -20,7 +22,7 @@ QString removalQuestion(const QString &folder)
 
 bool add(const DataDirectory &data, const QString &name)
 {
-    if (name.isEmpty() || name.contains(QLatin1Char('/')))
+    if (name.isEmpty() || !ArchiveFile::isPlainName(name))
         return false;
     const QDir dir(data.path());
     const QStringList entries = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
@@ -33,8 +35,7 @@ bool add(const DataDirectory &data, const QString &name)
 
 bool remove(const DataDirectory &data, const QString &name)
 {
-    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..")
-        || name.contains(QLatin1Char('/')))
+    if (name.isEmpty() || name == QLatin1String(".") || !ArchiveFile::isPlainName(name))
         return false;
     // rmdir removes only an empty directory: a folder holding archives stays as it is.
     return QDir(data.path()).rmdir(name);

@@ -22,12 +22,13 @@ QString countLabel(qsizetype count, const QString &text);
 QString removalQuestion(const QString &folder);
 
 // Creates the folder `name` in the data directory, not recursively. Refused, creating nothing: an
-// empty name, a name holding "/", and a name that an existing entry has already, ignoring case
-// (adding "divers" beside "Divers" would make two folders that the program cannot tell apart).
+// empty name, a name that is not plain (ArchiveFile::isPlainName), and a name that an existing
+// entry has already, ignoring case (adding "divers" beside "Divers" would make two folders that
+// the program cannot tell apart).
 bool add(const DataDirectory &data, const QString &name);
 
 // Removes the folder `name` of the data directory only when it is empty (never recursively, so
-// archive files are never lost). Refused: an empty name, "." and "..", a name holding "/".
+// archive files are never lost). Refused: an empty name, ".", a name that is not plain.
 bool remove(const DataDirectory &data, const QString &name);
 
 } // namespace ArchiveFolders

@@ -1,5 +1,7 @@
 #include "archivelist.h"
 
+#include "archivefile.h"
+
 #include "textformat.h"
 #include "windows1252.h"
 
@@ -32,7 +34,7 @@ QString renamedPath(const QString &currentFolder, const QString &answer)
 bool rename(const QString &selectedFile, const QString &currentFolder, const QString &answer)
 {
     const QFileInfo source(selectedFile);
-    if (selectedFile.isEmpty() || !source.isFile() || answer.contains(QLatin1Char('/')))
+    if (selectedFile.isEmpty() || !source.isFile() || !ArchiveFile::isPlainName(answer))
         return false;
     const QFileInfo target(renamedPath(currentFolder, answer));
     const QDir targetDir = target.absoluteDir();

@@ -30,9 +30,9 @@ QString renamedPath(const QString &currentFolder, const QString &answer);
 
 // Renames the archive `selectedFile` to renamedPath(currentFolder, answer), which moves it when
 // another folder has been clicked since it was selected. Refused, changing nothing: a missing
-// source, an answer holding "/" (a name, not a path), and a target that exists, ignoring case as
-// the catalogue's names do (changing the case of the file's own name is allowed). Never replaces
-// or deletes a file.
+// source, an answer that is not a plain name (ArchiveFile::isPlainName), and a target that
+// exists, ignoring case as the catalogue's names do (changing the case of the file's own name is
+// allowed). Never replaces or deletes a file.
 bool rename(const QString &selectedFile, const QString &currentFolder, const QString &answer);
 
 // Deletes the archive file `path`, and only it: never a directory, never anything when the path

@@ -85,6 +85,36 @@ private slots:
         QVERIFY(!QFile::exists(missing));
     }
 
+    // A typed name is a name, never a path: nothing is written outside the folder, nor in it.
+    void namesThatAreNoPlainNamesWriteNothing_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("atCommit");
+        QTest::newRow("up two folders") << u"../../AB"_qs << u"../../AB"_qs;
+        QTest::newRow("absolute") << u"/TMPX"_qs << u"/TMPX"_qs;
+        QTest::newRow("backslash") << u"A\\B"_qs << u"A\\B"_qs;
+        QTest::newRow("NUL") << QString(u"A"_qs + QChar(0) + u"B"_qs) << u"AB"_qs;
+        QTest::newRow("renamed during the walk") << u"GOOD"_qs << u"../AB"_qs;
+        QTest::newRow("plain") << u"A.B C"_qs << u"A.B C"_qs;
+    }
+
+    void namesThatAreNoPlainNamesWriteNothing()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, atCommit);
+        QTemporaryDir dir;
+        const QString folder = dir.filePath(u"a/b"_qs);
+        QVERIFY(QDir().mkpath(folder));
+        ArchiveWriter writer(folder, first);
+        writer.add("d:\\X");
+        writer.setArchiveName(atCommit);
+        const bool plain = QTest::currentDataTag() == QByteArray("plain");
+        QCOMPARE(writer.commit(), plain);
+        QCOMPARE(QDir(folder).entryList(QDir::Files).size(), plain ? 1 : 0);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
+        QCOMPARE(QDir(dir.filePath(u"a"_qs)).entryList(QDir::Files), QStringList());
+    }
+
     void listsArchivesAlphabeticallyIgnoringCase()
     {
         QTemporaryDir dir;

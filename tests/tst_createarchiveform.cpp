@@ -2,6 +2,7 @@
 #include "createarchiveform.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
+#include "searchengine.h"
 #include "gate.h"
 #include "testsupport.h"
 
@@ -168,6 +169,9 @@ private slots:
         QTest::newRow("nine characters") << u"ABCDEFGHI"_qs << u"e:"_qs << u"Nom trop long (8 caractères maxi)"_qs;
         QTest::newRow("empty") << QString() << u"e:"_qs
                                << u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs;
+        for (const QString &path : {u"../../AB"_qs, u"/TMPX"_qs, u"A\\B"_qs, u".."_qs})
+            QTest::newRow(qPrintable(path)) << path << u"e:"_qs
+                                            << u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs;
         QTest::newRow("system disk") << u"pcfun75"_qs << u"c:"_qs
                                      << u"Ce logiciel est destiné uniquement à archiver des CD-Rom ou des disquettes, "
                                         u"vous ne pouvez pas archiver un disque dur. "_qs
@@ -422,6 +426,39 @@ private slots:
         QCOMPARE(lines.size(), 32767);
         QCOMPARE(lines.first(), QByteArray("\"e:\\D0\""));
         QVERIFY(f.noticeShown());
+    }
+
+    // Scans of a large and a small medium one after the other, with searches between: each
+    // archive and found list holds its own medium's entries and nothing of the last one's.
+    void largeAndSmallScansInTurnNeverMix()
+    {
+        Fixture f;
+        f.fakes.drives.list.append({u"g:"_qs, DriveType::Removable, u"/clip"_qs});
+        QList<Item> many, few;
+        for (int i = 0; i < 3000; ++i)
+            many.append({"GROS" + QByteArray::number(i) + ".WMF"});
+        for (int i = 0; i < 6; ++i)
+            few.append({"CLIP" + QByteArray::number(i) + ".WMF"});
+        f.fakes.directoryLister.set("/cd/", many);
+        f.fakes.directoryLister.set("/clip/", few);
+        auto *drive = f.child<QComboBox>(u"driveChooser"_qs);
+        for (int round = 0; round < 8; ++round) {
+            drive->setCurrentText(u"e:"_qs);
+            f.create(u"GROSDVD"_qs);
+            SearchRequest search;
+            search.kind = SearchKind::Extension;
+            search.term = searchTerm(u"WMF"_qs);
+            search.archives = {{f.archive(u"Divers"_qs, u"GROSDVD.lst"_qs), u"GROSDVD"_qs}};
+            search.rowLimit = 30000;
+            QCOMPARE(SearchRun::runAndWait(search).size(), 3000);
+            drive->setCurrentText(u"g:"_qs);
+            f.create(u"CLIPART"_qs);
+            QCOMPARE(f.counter(), u"6 fichiers trouvés"_qs);
+            QCOMPARE(f.foundRows(), 6);
+            const QList<QByteArray> lines = ArchiveReader::lines(TestSupport::readFile(f.archive(u"Divers"_qs, u"CLIPART.lst"_qs)));
+            QCOMPARE(lines.size(), 6);
+            QCOMPARE(lines.last(), QByteArray("\"g:\\CLIP5.WMF\""));
+        }
     }
 
     void printsTheFoundList()
