@@ -193,6 +193,6 @@ QString FoundFileActions::copyInto(const FoundRow &row, const QString &directory
     const QString target = pathInDirectory(directory, source.mid(source.lastIndexOf(u'\\') + 1));
     const QString local = localPathOf(source);
     if (!local.isEmpty())
-        copyFileReplacing(local, target);
+        copyFileInto(local, directory, copiedFileName(source));
     return target;
 }

@@ -90,6 +90,6 @@ void IconGalleryForm::copyAll()
     for (int row = 0; row < count; ++row) {
         const QString source = m_found.localPath(row);
         if (!source.isEmpty())
-            copyFileReplacing(source, m_targetFolder->text() + m_found.name(row));
+            copyFileInto(source, m_targetFolder->text(), copiedFileName(m_found.name(row)));
     }
 }

@@ -163,5 +163,5 @@ void ViewerForm::copyCurrentFile()
         return;
     m_targetPath->setText(m_targetFolder->text() + ViewerRules::storedFileName(m_currentFile->text()));
     if (!m_currentLocalPath.isEmpty())
-        copyFileReplacing(m_currentLocalPath, m_targetPath->text());
+        copyFileInto(m_currentLocalPath, m_targetFolder->text(), copiedFileName(m_currentFile->text()));
 }
