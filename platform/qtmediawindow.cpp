@@ -1,5 +1,7 @@
 #include "qtmediawindow.h"
 
+#include "regularfile.h"
+
 #include <QAudioOutput>
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -68,6 +70,8 @@ QtMediaWindow::~QtMediaWindow()
 
 void QtMediaWindow::play(const QString &localPath)
 {
+    if (!isRegularFile(localPath))
+        return; // a FIFO or a device would block the player in its opening
     m_player->stop();
     m_path->setText(localPath);
     m_position->setValue(0);

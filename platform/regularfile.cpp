@@ -91,3 +91,8 @@ QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole)
     data.truncate(std::min(got, limit));
     return data;
 }
+
+bool isRegularFile(const QString &path)
+{
+    return RegularFile(path).isOpen();
+}

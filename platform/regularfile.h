@@ -35,3 +35,7 @@ private:
 // The first bytes of a regular file, at most `limit` of them; empty when it is not one or cannot
 // be read. `whole` tells whether the file ended within the limit.
 QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole = nullptr);
+
+// Whether `path` is a regular file (after following links), asked without ever blocking: a FIFO,
+// a device or a socket found on a medium is no file to read, play or run in this process.
+bool isRegularFile(const QString &path);

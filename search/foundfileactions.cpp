@@ -11,8 +11,8 @@
 #include "mediaplayer.h"
 #include "pictureloader.h"
 #include "programkind.h"
+#include "regularfile.h"
 
-#include <QFile>
 
 namespace {
 
@@ -51,13 +51,19 @@ ClassRule classRule(FoundFileActions::FileClass fileClass)
     return {{u"ICO"_qs, u"CUR"_qs, u"EMF"_qs}, icons, icons};
 }
 
-// The first bytes of a program: enough for the MZ header and the offset it points to.
+// The first bytes of a program: enough for the MZ header and the offset it points to. Nothing for
+// what is no regular file: a FIFO named .EXE would block the window in its opening.
 std::optional<QByteArray> headOf(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    RegularFile file(path);
+    if (!file.isOpen())
         return std::nullopt;
-    return file.read(4096);
+    QByteArray head(4096, Qt::Uninitialized);
+    const qint64 got = file.read(head.data(), head.size());
+    if (got < 0)
+        return std::nullopt;
+    head.truncate(got);
+    return head;
 }
 
 } // namespace
@@ -167,7 +173,7 @@ bool FoundFileActions::playMedia(Media media, const FoundRow &row)
         return false;
     }
     const QString local = localPathOf(row.path());
-    if (!local.isEmpty())
+    if (!local.isEmpty() && isRegularFile(local)) // a FIFO would hold the player's opening for ever
         m_services.media.play(local);
     return true;
 }

@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QtEndian>
 
+#include <sys/stat.h>
+
 namespace {
 
 QByteArray mzProgram(const QByteArray &signature)
@@ -178,6 +180,31 @@ private slots:
         QCOMPARE(FoundFileActions::mediaRefusal(FoundFileActions::Media::Sound, u"AVI"_qs),
                  u"Vous devez au préalable rechercher les fichiers WAV dans  le CD de votre choix !"_qs);
         QCOMPARE(f.media.played.size(), 2);
+    }
+
+    // A FIFO or a link to a device under a program's or a medium's name: nothing is read, run or
+    // played, and nothing waits.
+    void whatIsNoRegularFileIsNeitherRunNorPlayed_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("fifo");
+        for (const QString &name : {u"piege.exe"_qs, u"piege.com"_qs, u"piege.wav"_qs, u"piege.avi"_qs}) {
+            QTest::newRow(qPrintable(name + u" FIFO"_qs)) << name << true;
+            QTest::newRow(qPrintable(name + u" to /dev/zero"_qs)) << name << false;
+        }
+    }
+
+    void whatIsNoRegularFileIsNeitherRunNorPlayed()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, fifo);
+        Fixture f;
+        const QByteArray path = QFile::encodeName(f.onDisc(name));
+        QVERIFY(fifo ? ::mkfifo(path.constData(), 0600) == 0 : QFile::link(u"/dev/zero"_qs, f.onDisc(name)));
+        f.press(u"D:\\"_qs + name.toUpper());
+        QVERIFY(f.services.launcher.dosPrograms.isEmpty());
+        QVERIFY(f.services.launcher.windowsFiles.isEmpty());
+        QVERIFY(f.media.played.isEmpty());
     }
 
     void classButtonsCheckInOrder()
