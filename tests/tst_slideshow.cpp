@@ -4,8 +4,11 @@
 #include "viewerrules.h"
 
 #include <QTemporaryDir>
+#include <QFile>
 #include <QTest>
 #include <QTimer>
+
+#include <sys/stat.h>
 
 using ViewerRules::Fit;
 
@@ -105,6 +108,44 @@ private slots:
         QCOMPARE(ViewerRules::readWholeText(dir.filePath(QStringLiteral("ABSENT.DIZ"))), QString());
         QCOMPARE(ViewerRules::readWholeText(dir.path()), QString()); // a directory
         QCOMPARE(ViewerRules::readWholeText(QString()), QString());
+    }
+
+    // What a medium may hold under a text's name: each gives at once what the viewer can show.
+    void hostileTextFiles_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("shown"); // the start of what is shown
+        QTest::addColumn<qsizetype>("size");
+        const qsizetype cut = ViewerRules::kShownTextBytes + ViewerRules::cutTextNotice().size();
+        QTest::newRow("link to /dev/zero") << u"zero"_qs << QString() << qsizetype(0);
+        QTest::newRow("FIFO") << u"fifo"_qs << QString() << qsizetype(0);
+        QTest::newRow("20 MB of NUL bytes") << u"nul"_qs << QString(QChar(0)) << cut;
+        QTest::newRow("20 MB line of A") << u"A"_qs << u"A"_qs << cut;
+        QTest::newRow("end mark within the limit") << u"mark"_qs << u"A"_qs << qsizetype(10);
+        QTest::newRow("exactly the limit") << u"limit"_qs << u"A"_qs << qsizetype(ViewerRules::kShownTextBytes);
+    }
+
+    void hostileTextFiles()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, shown);
+        QFETCH(qsizetype, size);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(u"LISEZMOI.TXT"_qs);
+        if (kind == u"zero")
+            QVERIFY(QFile::link(u"/dev/zero"_qs, path));
+        else if (kind == u"fifo")
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else if (kind == u"mark")
+            QVERIFY(TestSupport::writeFile(path, QByteArray(10, 'A') + '\x1a' + QByteArray(3 << 20, 'B')));
+        else if (kind == u"limit")
+            QVERIFY(TestSupport::writeFile(path, QByteArray(ViewerRules::kShownTextBytes, 'A')));
+        else
+            QVERIFY(TestSupport::writeFile(path, QByteArray(20 << 20, kind == u"nul" ? '\0' : 'A')));
+        const QString text = ViewerRules::readWholeText(path);
+        QCOMPARE(text.size(), size);
+        QVERIFY(text.startsWith(shown));
+        QCOMPARE(text.endsWith(ViewerRules::cutTextNotice()), size > ViewerRules::kShownTextBytes);
     }
 
     // Each step is followed by the delay on the clock; a slider move while it runs takes effect.

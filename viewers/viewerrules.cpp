@@ -1,8 +1,8 @@
 #include "viewerrules.h"
 
+#include "regularfile.h"
 #include "windows1252.h"
 
-#include <QFile>
 
 #include <cmath>
 #include <limits>
@@ -113,12 +113,23 @@ QString decodeText(const QByteArray &bytes)
     return decoded;
 }
 
+QString cutTextNotice()
+{
+    return QStringLiteral("\n\n[Texte coupé : seul le premier mégaoctet du fichier est affiché.]");
+}
+
 QString readWholeText(const QString &path)
 {
-    QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
+    if (path.isEmpty())
         return {};
-    return decodeText(file.readAll());
+    bool whole = true;
+    const QByteArray bytes = readRegularFile(path, kShownTextBytes, &whole);
+    if (bytes.isEmpty())
+        return {}; // empty, unreadable, or no regular file
+    // A text that ends at its end-of-file mark within the limit is whole, whatever follows it.
+    if (whole || bytes.contains('\x1a'))
+        return decodeText(bytes);
+    return decodeText(bytes) + cutTextNotice();
 }
 
 int textPrintX(int pageWidthTwips, int textBoxWidthTwips)

@@ -34,8 +34,16 @@ QString copyOneQuestion(const QString &currentFile, const QString &targetFolder)
 QString copyAllQuestion(const QString &targetFolder);
 inline QString copyTitle() { return QStringLiteral("Copie d'un fichier"); }
 
-// A text file's whole content for display: Windows-1252, cut at a DOS end-of-file mark (0x1A),
-// lines ending in LF. A file that cannot be read gives "".
+// The most of a text file the viewer shows. Texts of floppies and CD-ROMs (README, FILE_ID.DIZ,
+// manuals) are a few kilobytes to a few hundred; past this a file is no text to read on screen,
+// and laying out hundreds of megabytes on one line ends inside the text layout.
+constexpr qint64 kShownTextBytes = 1024 * 1024;
+// What follows a text cut at kShownTextBytes.
+QString cutTextNotice();
+
+// A text file's content for display: Windows-1252, cut at a DOS end-of-file mark (0x1A), lines
+// ending in LF; only its first kShownTextBytes, followed by cutTextNotice() when it holds more.
+// What is not a regular file (a FIFO, a device) or cannot be read gives "", at once.
 QString readWholeText(const QString &path);
 QString decodeText(const QByteArray &bytes);
 
