@@ -9,7 +9,7 @@
 #include "filefinder.h"
 #include "foundlistmodel.h"
 #include "listprintout.h"
-#include "searchthread.h"
+#include "walkthread.h"
 #include "windows1252.h"
 
 #include <QApplication>
@@ -93,8 +93,8 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
     setObjectName(QStringLiteral("CreateArchiveForm"));
     setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
     m_finder = std::make_unique<FileFinder>(m_drives, m_lister);
-    m_search = std::make_unique<SearchThread>(*m_finder);
-    connect(m_search.get(), &SearchThread::finished, this, &CreateArchiveForm::finishScan);
+    m_walk = std::make_unique<WalkThread>(*m_finder);
+    connect(m_walk.get(), &WalkThread::finished, this, &CreateArchiveForm::finishScan);
     buildControls();
     m_refreshTimer = new QTimer(this);
     m_refreshTimer->setInterval(kRefreshMs);
@@ -103,14 +103,14 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
 
 CreateArchiveForm::~CreateArchiveForm()
 {
-    m_search.reset(); // cancels a walk still running and waits for it
+    m_walk.reset(); // cancels a walk still running and waits for it
     if (m_busyCursor)
         QApplication::restoreOverrideCursor();
 }
 
 bool CreateArchiveForm::isScanning() const
 {
-    return m_search->isRunning();
+    return m_walk->isRunning();
 }
 
 void CreateArchiveForm::buildControls()
@@ -211,8 +211,8 @@ void CreateArchiveForm::buildControls()
 void CreateArchiveForm::load()
 {
     m_data.makeCurrent();
-    loadButtonIcon(m_createButton, m_pictures, m_data, QStringLiteral("File005.ico"));
-    loadButtonIcon(m_printButton, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    loadButtonIcon(m_createButton, m_pictures, m_data.file(QStringLiteral("File005.ico")));
+    loadButtonIcon(m_printButton, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
 
     showArchiveFolders(*m_folders, m_data);
     m_currentFolder = m_data.folderPath(m_folders->count() > 0 ? m_folders->item(0)->text() : QString());
@@ -301,7 +301,7 @@ void CreateArchiveForm::create()
     m_archiveFolder = m_currentFolder;
     m_entriesWritten = 0;
     m_scanAbandoned = false;
-    m_search->start();
+    m_walk->start();
 }
 
 void CreateArchiveForm::refreshFound()

@@ -23,7 +23,7 @@ class QListView;
 class QListWidget;
 class QTimer;
 class QToolButton;
-class SearchThread;
+class WalkThread;
 
 // The window that catalogues one medium: choose the drive, name the archive, choose the archive
 // folder, and the create button walks the whole medium and writes NAME.lst into that folder.
@@ -91,8 +91,8 @@ private:
     int m_entriesWritten = 0;
     bool m_scanAbandoned = false; // the window was closed during the scan
     bool m_busyCursor = false;
-    // The search thread and the found list use the finder: the thread is declared after it so
+    // The walk thread and the found list use the finder: the thread is declared after it so
     // that it ends first; the list only reads the finder while the window shows it.
     std::unique_ptr<FileFinder> m_finder;
-    std::unique_ptr<SearchThread> m_search;
+    std::unique_ptr<WalkThread> m_walk;
 };

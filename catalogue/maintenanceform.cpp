@@ -1,5 +1,6 @@
 #include "maintenanceform.h"
 
+#include "datadirectory.h"
 #include "listprintout.h"
 
 #include <QListWidget>
@@ -30,7 +31,7 @@ QToolButton *MaintenanceForm::makePrintButton(QListWidget *printed)
 {
     QToolButton *button = makePictureButton(QString(), this, QStringLiteral("Imprimer"));
     button->setObjectName(QStringLiteral("print"));
-    loadButtonIcon(button, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    loadButtonIcon(button, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
     connect(button, &QToolButton::clicked, this, [this, printed] {
         QStringList items;
         for (int row = 0; row < printed->count(); ++row)

@@ -59,7 +59,7 @@ QHBoxLayout *LineTableForm::makeButtonRow()
 void LineTableForm::openTable(const QString &readName, const QString &writeName)
 {
     m_data.makeCurrent();
-    loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("inkjet.ico"));
+    loadButtonIcon(m_print, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
     m_table = LineTable(m_data.file(readName), m_data.file(writeName));
     m_table.load();
     showTable();

@@ -1,6 +1,5 @@
 #include "formsupport.h"
 
-#include "datadirectory.h"
 #include "pictureloader.h"
 
 #include <QLabel>
@@ -39,10 +38,9 @@ QToolButton *makePictureButton(const QString &hint, QWidget *parent, const QStri
     return button;
 }
 
-void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const DataDirectory &data,
-                    const QString &bareName)
+void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const QString &path)
 {
-    button->setIcon(pictures.loadIcon(data.file(bareName)));
+    button->setIcon(pictures.loadIcon(path));
 }
 
 QLabel *makeTextLabel(const QString &objectName, QWidget *parent)

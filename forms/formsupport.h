@@ -6,7 +6,6 @@
 
 #include <functional>
 
-class DataDirectory;
 class PictureLoader;
 class QAbstractButton;
 class QLabel;
@@ -37,9 +36,8 @@ private:
 // name; a button without a hint gets `accessibleName` instead.
 QToolButton *makePictureButton(const QString &hint, QWidget *parent, const QString &accessibleName = {});
 
-// Loads the icon file `bareName` from the data directory onto `button`; a missing file leaves it blank.
-void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const DataDirectory &data,
-                    const QString &bareName);
+// Loads the icon file at `path` onto `button`; a missing file leaves it blank.
+void loadButtonIcon(QAbstractButton *button, PictureLoader &pictures, const QString &path);
 
 // A label showing a value (a count, a selected name, a path): its text is what screen readers read,
 // and it can be selected to be copied. `objectName` is the handle windows and tests find it by.

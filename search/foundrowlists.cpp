@@ -1,7 +1,7 @@
 #include "foundrowlists.h"
 
 #include "resultlistmodel.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "windows1252.h"
 
 #include <QListView>

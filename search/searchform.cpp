@@ -8,7 +8,7 @@
 #include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "tablefile.h"
 #include "textformat.h"
 #include "windows1252.h"
@@ -206,11 +206,11 @@ void SearchForm::load()
     const QList<QPair<QAbstractButton *, QString>> icons = {
         {m_byName, u"MAGNI001.ico"_qs}, {m_byExtension, u"words003.ico"_qs}, {m_byString, u"compu008.ico"_qs}};
     for (const auto &[button, file] : icons)
-        loadButtonIcon(button, m_pictures, m_data, file);
+        loadButtonIcon(button, m_pictures, m_data.file(file));
     for (int i = 0; i < m_classButtons.size(); ++i)
-        loadButtonIcon(m_classButtons[i], m_pictures, m_data, QString::fromLatin1(kClassButtons[i].icon));
-    loadButtonIcon(m_panel->printButton(), m_pictures, m_data, u"inkjet.ico"_qs);
-    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data, u"file005.ico"_qs);
+        loadButtonIcon(m_classButtons[i], m_pictures, m_data.file(QString::fromLatin1(kClassButtons[i].icon)));
+    loadButtonIcon(m_panel->printButton(), m_pictures, m_data.file(u"inkjet.ico"_qs));
+    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data.file(u"file005.ico"_qs));
 
     m_extensions->clear();
     m_extensions->addItems(TableFile::read(m_data.file(u"extens.txt"_qs)));

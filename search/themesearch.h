@@ -1,6 +1,6 @@
 #pragma once
 
-#include "searchengine.h"
+#include "searchrun.h"
 
 #include <QList>
 #include <QString>

@@ -8,7 +8,7 @@
 #include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "tablefile.h"
 #include "textformat.h"
 #include "themelist.h"
@@ -159,9 +159,9 @@ void ThemeSearchForm::buildLayout()
 void ThemeSearchForm::load()
 {
     m_data.makeCurrent();
-    loadButtonIcon(m_search, m_pictures, m_data, u"card002.ico"_qs);
-    loadButtonIcon(m_panel->printButton(), m_pictures, m_data, u"inkjet.ico"_qs);
-    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data, u"file005.ico"_qs);
+    loadButtonIcon(m_search, m_pictures, m_data.file(u"card002.ico"_qs));
+    loadButtonIcon(m_panel->printButton(), m_pictures, m_data.file(u"inkjet.ico"_qs));
+    loadButtonIcon(m_panel->copyButton(), m_pictures, m_data.file(u"file005.ico"_qs));
     m_archives->load();
     m_themes->clear();
     m_themes->addItems(TableFile::read(m_data.file(ThemeList::readName())));

@@ -2,7 +2,7 @@
 #include "createarchiveform.h"
 #include "datadirectory.h"
 #include "fakeservices.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "gate.h"
 #include "testsupport.h"
 

@@ -3,7 +3,7 @@
 #include "gate.h"
 #include "filefinder.h"
 #include "linuxdirectorylister.h"
-#include "searchthread.h"
+#include "walkthread.h"
 #include "testsupport.h"
 
 #include <QDir>
@@ -292,8 +292,8 @@ private slots:
         FileFinder finder(drives, lister);
         finder.setChemin(u"d:"_qs);
         finder.setCriteres(u"*.*"_qs);
-        SearchThread search(finder);
-        QSignalSpy finished(&search, &SearchThread::finished);
+        WalkThread search(finder);
+        QSignalSpy finished(&search, &WalkThread::finished);
         search.start();
         QVERIFY(finder.State()); // at once, before the worker has run
         // Whatever the count read, every entry up to it is whole.
@@ -336,8 +336,8 @@ private slots:
         FileFinder finder(drives, lister);
         finder.setChemin(u"d:"_qs);
         finder.setCriteres(u"*.*"_qs);
-        SearchThread search(finder);
-        QSignalSpy finished(&search, &SearchThread::finished);
+        WalkThread search(finder);
+        QSignalSpy finished(&search, &WalkThread::finished);
         search.start();
         QVERIFY(gate.waitForArrivals(1));
         finder.Annuler();
@@ -367,7 +367,7 @@ private slots:
         FileFinder finder(drives, lister);
         finder.setChemin(u"d:"_qs);
         {
-            SearchThread search(finder);
+            WalkThread search(finder);
             search.start();
             QVERIFY(gate.waitForArrivals(1));
             gate.open();
@@ -389,11 +389,11 @@ private slots:
         FileFinder finder(drives, lister);
         for (int round = 0; round < 20; ++round) {
             finder.setChemin(u"d:"_qs);
-            SearchThread walk(finder);
+            WalkThread walk(finder);
             walk.start();
             while (finder.count() < 50 * round && finder.State())
                 QThread::yieldCurrentThread();
-            QSignalSpy finished(&walk, &SearchThread::finished);
+            QSignalSpy finished(&walk, &WalkThread::finished);
             finder.Annuler();
             QVERIFY(finished.wait(10000));
             QVERIFY(!finder.State());

@@ -122,9 +122,9 @@ void ViewerForm::load()
 {
     m_data.makeCurrent();
     for (QToolButton *button : std::as_const(m_copyButtons))
-        loadButtonIcon(button, m_pictures, m_data, QStringLiteral("file005.ico"));
+        loadButtonIcon(button, m_pictures, m_data.file(QStringLiteral("file005.ico")));
     if (m_print)
-        loadButtonIcon(m_print, m_pictures, m_data, QStringLiteral("Inkjet.ico"));
+        loadButtonIcon(m_print, m_pictures, m_data.file(QStringLiteral("Inkjet.ico")));
     m_show.setDelayText(QString::number(SlideShow::kInitialDelay));
     m_slider->setValue(SlideShow::kInitialDelay);
 }

@@ -9,7 +9,7 @@
 #include "datadirectory.h"
 #include "fakeservices.h"
 #include "processtiming.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "searchform.h"
 #include "tablefile.h"
 

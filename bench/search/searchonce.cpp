@@ -3,7 +3,7 @@
 // prints the number of rows found and the time taken (with the alphabetical order: --sorted;
 // archives read by chunks of BYTES rather than the engine's own size: --chunk).
 
-#include "searchengine.h"
+#include "searchrun.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -14,13 +14,13 @@ class FileFinder;
 // however late the worker wakes; finished() arrives in the thread that owns this object once the walk has returned.
 // The worker is made at the first start() and waits for the next one (waking it costs less than
 // making a thread). Destroying a running search cancels the walk and waits for it.
-class SearchThread : public QObject
+class WalkThread : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit SearchThread(FileFinder &finder, QObject *parent = nullptr);
-    ~SearchThread() override;
+    explicit WalkThread(FileFinder &finder, QObject *parent = nullptr);
+    ~WalkThread() override;
 
     // Starts a walk; does nothing while one runs.
     void start();

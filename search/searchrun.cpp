@@ -1,4 +1,4 @@
-#include "searchengine.h"
+#include "searchrun.h"
 
 #include "alphabeticalorder.h"
 #include "archivescanner.h"

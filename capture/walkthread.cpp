@@ -1,14 +1,14 @@
-#include "searchthread.h"
+#include "walkthread.h"
 
 #include "filefinder.h"
 
-SearchThread::SearchThread(FileFinder &finder, QObject *parent)
+WalkThread::WalkThread(FileFinder &finder, QObject *parent)
     : QObject(parent)
     , m_finder(finder)
 {
 }
 
-SearchThread::~SearchThread()
+WalkThread::~WalkThread()
 {
     if (!m_worker.joinable())
         return;
@@ -23,7 +23,7 @@ SearchThread::~SearchThread()
         m_finder.setState(false); // a walk asked for, cancelled before it began
 }
 
-void SearchThread::start()
+void WalkThread::start()
 {
     if (m_running)
         return;
@@ -39,7 +39,7 @@ void SearchThread::start()
         m_worker = std::thread([this] { serve(); });
 }
 
-void SearchThread::serve()
+void WalkThread::serve()
 {
     for (;;) {
         {

@@ -2,7 +2,7 @@
 #include "archivescanner.h"
 #include "resultlistmodel.h"
 #include "extensionentry.h"
-#include "searchengine.h"
+#include "searchrun.h"
 #include "searchrules.h"
 #include "testsupport.h"
 #include "themesearch.h"
@@ -127,7 +127,7 @@ std::vector<qsizetype> referenceSortedOrder(const QList<std::string> &paths)
 
 } // namespace
 
-class tst_SearchEngine : public QObject
+class tst_SearchRun : public QObject
 {
     Q_OBJECT
 
@@ -668,5 +668,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SearchEngine)
-#include "tst_searchengine.moc"
+QTEST_GUILESS_MAIN(tst_SearchRun)
+#include "tst_searchrun.moc"
