@@ -15,10 +15,10 @@
 #include <QListView>
 #include <QListWidget>
 #include <QSignalSpy>
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QSemaphore>
 #include <QToolButton>
 
 namespace {
@@ -341,6 +341,7 @@ private slots:
     {
         Fixture f;
         QSemaphore reached, gate;
+        const auto release = qScopeGuard([&] { gate.release(); }); // a failure must not hang the walk
         f.fakes.directoryLister.onList = [&](const QByteArray &path) {
             if (path == "/cd/SUB/") {
                 reached.release();
@@ -404,6 +405,7 @@ private slots:
         f.fakes.directoryLister.set("/cd/", root);
         // Each directory is read when the test lets it: the counter must show every step.
         QSemaphore directories;
+        const auto release = qScopeGuard([&] { directories.release(1000); }); // nor here
         f.fakes.directoryLister.onList = [&](const QByteArray &path) {
             if (path != "/cd/")
                 directories.acquire();
@@ -478,8 +480,7 @@ private slots:
         QCOMPARE(printer.printedLines(), (QStringList{u"03-21-2001"_qs, QString(), u"e:\\A.TXT"_qs, u"e:\\SUB"_qs,
                                                       u"e:\\SUB\\."_qs, u"e:\\SUB\\.."_qs, u"e:\\SUB\\B.TXT"_qs}));
         QVERIFY(printer.log.contains(u"x=2000"_qs));
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext is not installed");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         QStringList words;
         for (const TestSupport::PdfWord &word : TestSupport::pdfWords(pdf))
             words.append(word.text);

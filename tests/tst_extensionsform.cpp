@@ -253,8 +253,7 @@ private slots:
 
     void readsCommaSeparatedFieldsAndPrintsThem()
     {
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext (poppler-utils) is not installed");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         Setup setup;
         TestSupport::writeFile(setup.tablePath(), "GIF         &1C:\\V\r\nTXT         &4C:\\MES PROGS,V2\\E\r\n");
         const QString pdf = setup.dataDir.filePath(u"extensions.pdf"_qs);

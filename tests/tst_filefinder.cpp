@@ -294,8 +294,12 @@ private slots:
         finder.setCriteres(u"*.*"_qs);
         WalkThread search(finder);
         QSignalSpy finished(&search, &WalkThread::finished);
+        Gate first; // holds the walk until State() has been read
+        lister.onList = [&](const QByteArray &) { first.pass(); };
         search.start();
+        const auto releaseFirst = qScopeGuard([&] { first.open(); });
         QVERIFY(finder.State()); // at once, before the worker has run
+        first.open();
         // Whatever the count read, every entry up to it is whole.
         while (finder.State()) {
             const int seen = finder.count();

@@ -227,8 +227,7 @@ private slots:
 
     void printsThePathList()
     {
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext (poppler-utils) is not installed: the printout cannot be read back");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         Fixture f;
         f.selectArchives({u"PCFUN75.lst"_qs});
         QVERIFY(f.search(&SearchForm::searchByName, u"readme"_qs));

@@ -46,8 +46,7 @@ private slots:
 
     void realPdfHasTheLinesAtTheirPlaces()
     {
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext (poppler-utils) is not installed");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         QTemporaryDir dir;
         const QString pdf = dir.filePath(u"liste.pdf"_qs);
         QStringList items;

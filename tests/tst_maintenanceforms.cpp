@@ -257,8 +257,7 @@ private slots:
 
     void bothWindowsPrintTheirListIntoAPdf()
     {
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext (poppler-utils) is not installed");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         QCOMPARE(printedWords<ArchiveListForm>(), (QStringList{u"03-21-2001"_qs, u"PCFUN75.lst"_qs, u"PCMAG13.lst"_qs}));
         QCOMPARE(printedWords<FoldersForm>(), (QStringList{u"03-21-2001"_qs, u"Divers"_qs, u"Images"_qs,
                                                            u"Internet"_qs, u"Musique"_qs, u"Photos"_qs}));

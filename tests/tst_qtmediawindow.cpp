@@ -175,8 +175,7 @@ private slots:
         if (kind == u"msrle") {
             QVERIFY(TestSupport::writeFile(path, msRleAvi(64, 48, 10, 10)));
         } else {
-            if (!TestSupport::haveProgram(u"ffmpeg"_qs))
-                QSKIP("ffmpeg is not installed: it writes the MS Video 1 sample");
+            KALVEX_REQUIRE_PROGRAM(u"ffmpeg"_qs);
             QVERIFY(ffmpeg({u"-f"_qs, u"lavfi"_qs, u"-i"_qs, u"testsrc=size=64x48:rate=10:duration=1"_qs,
                             u"-f"_qs, u"lavfi"_qs, u"-i"_qs, u"sine=frequency=440:sample_rate=22050:duration=1"_qs,
                             u"-c:v"_qs, u"msvideo1"_qs, u"-c:a"_qs, u"adpcm_ima_wav"_qs, path}));
@@ -197,8 +196,7 @@ private slots:
 
     void playsMsAdpcmSoundToTheEnd()
     {
-        if (!TestSupport::haveProgram(u"ffmpeg"_qs))
-            QSKIP("ffmpeg is not installed: it writes the MS ADPCM sample");
+        KALVEX_REQUIRE_PROGRAM(u"ffmpeg"_qs);
         QTemporaryDir dir;
         const QString path = dir.filePath(u"SON.WAV"_qs);
         QVERIFY(ffmpeg({u"-f"_qs, u"lavfi"_qs, u"-i"_qs, u"sine=frequency=440:sample_rate=22050:duration=1"_qs,

@@ -142,8 +142,7 @@ private slots:
 
     void printsTheThemesInAPdf()
     {
-        if (!TestSupport::haveProgram(u"pdftotext"_qs))
-            QSKIP("pdftotext (poppler-utils) is not installed");
+        KALVEX_REQUIRE_PROGRAM(u"pdftotext"_qs);
         QTemporaryDir dir;
         FakeServices fakes;
         const DataDirectory data(dir.path());

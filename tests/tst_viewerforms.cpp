@@ -221,8 +221,7 @@ private slots:
     // The picture goes on the page at its natural size: read back from the PDF.
     void imageViewerPrint()
     {
-        if (!TestSupport::haveProgram(QStringLiteral("pdfimages")))
-            QSKIP("pdfimages (poppler-utils) is needed to read the printout");
+        KALVEX_REQUIRE_PROGRAM(QStringLiteral("pdfimages"));
         Fixture f;
         f.addPicture(QStringLiteral("PLAGE.BMP"), SamplePictures::bands(123, 45, {Qt::blue, Qt::yellow}));
         const QString pdf = f.dir.filePath(QStringLiteral("out.pdf"));
