@@ -1,3 +1,5 @@
+#include "backgroundwork.h"
+#include "gate.h"
 #include "pictureformats.h"
 #include "qtpictureloader.h"
 #include "samplepictures.h"
@@ -8,8 +10,31 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QScopeGuard>
+#include <QThread>
+#include <QTimer>
 #include <QTest>
 #include <QtEndian>
+
+#include <functional>
+
+namespace {
+
+// Time stands still unless `onRead` moves it.
+class TestClock final : public Clock
+{
+public:
+    QDateTime now() const override
+    {
+        if (onRead)
+            onRead();
+        return current;
+    }
+    QDateTime current{QDate(1998, 5, 4), QTime(9, 0)};
+    std::function<void()> onRead;
+};
+
+} // namespace
 
 using namespace SamplePictures;
 
@@ -236,6 +261,41 @@ private slots:
         const QRect text(122, 30, 110, 30);
         QVERIFY2(darkPixels(image, text) > 40, "no text drawn");
         QVERIFY2(darkPixels(image, text) > darkPixels(withoutAccents, text), "the accents were not drawn");
+    }
+
+    // Work that outlives its deadline is given up while the caller's events go on; the stuck
+    // worker refuses further work until it ends.
+    void backgroundWorkIsBounded()
+    {
+        Gate gate;
+        const auto release = qScopeGuard([&gate] { // even when a check fails
+            gate.open();
+            while (BackgroundWork::busy())
+                QThread::yieldCurrentThread();
+        });
+        TestClock clock;
+        bool eventsRan = false;
+        QTimer::singleShot(0, this, [&eventsRan] { eventsRan = true; });
+        clock.onRead = [&clock, &eventsRan] {
+            if (eventsRan)
+                clock.current = clock.current.addSecs(60);
+        };
+        QVERIFY(!BackgroundWork::call<int>([&gate] { gate.pass(); return 1; }, clock, 10000));
+        QVERIFY(eventsRan);
+        QVERIFY(gate.waitForArrivals(1));
+
+        // Refused at once: well before its own deadline.
+        TestClock later;
+        const QDateTime asked = later.current;
+        later.onRead = [&later] { later.current = later.current.addSecs(1); };
+        bool ran = false;
+        QVERIFY(!BackgroundWork::run([&ran] { ran = true; }, later, 10000));
+        QVERIFY(!ran);
+        QVERIFY(asked.secsTo(later.current) < 10);
+
+        gate.open();
+        QTRY_VERIFY(!BackgroundWork::busy());
+        QCOMPARE(BackgroundWork::call<int>([] { return 7; }, TestClock(), 10000), std::optional<int>(7));
     }
 
     void headers()
