@@ -141,7 +141,13 @@ QList<QImage> QtPictureLoader::readIconImages(const QByteArray &data)
 
 QByteArray QtPictureLoader::readPictureFile(const QString &path)
 {
-    bool whole = false;
+    {
+        // A file already too large is refused without reading a byte (a whole CD's worth of it).
+        const RegularFile file(path);
+        if (!file.isOpen() || file.sizeAtOpening() > kLargestFile)
+            return {};
+    }
+    bool whole = false; // a file that grew since
     const QByteArray data = readRegularFile(path, kLargestFile, &whole);
     return whole ? data : QByteArray();
 }
