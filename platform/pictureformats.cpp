@@ -30,6 +30,11 @@ qint32 s32(const QByteArray &data, qsizetype offset)
     return qFromLittleEndian<qint32>(data.constData() + offset);
 }
 
+quint32 u32be(const QByteArray &data, qsizetype offset)
+{
+    return qFromBigEndian<quint32>(data.constData() + offset);
+}
+
 constexpr quint32 kPlaceableKey = 0x9AC6CDD7;
 constexpr quint32 kEmfSignature = 0x464D4520; // " EMF"
 
@@ -47,6 +52,9 @@ Kind kindOf(const QByteArray &data)
         return Kind::Emf;
     if (has(data, 0, 12) && data.startsWith("RIFF") && data.mid(8, 4) == "ACON")
         return Kind::Ani;
+    // Reserved 0, type 1 (icon) or 2 (cursor), at least one entry.
+    if (has(data, 0, 6) && u16(data, 0) == 0 && (u16(data, 2) == 1 || u16(data, 2) == 2) && u16(data, 4) > 0)
+        return Kind::Icon;
     return Kind::Other;
 }
 
@@ -72,6 +80,116 @@ QByteArray firstAniIcon(const QByteArray &ani)
         at += 8 + qsizetype(size) + (size & 1);
     }
     return {};
+}
+
+QList<IconEntry> iconEntries(const QByteArray &ico)
+{
+    if (kindOf(ico) != Kind::Icon)
+        return {};
+    static const QByteArray pngSignature("\x89PNG\r\n\x1a\n", 8);
+    QList<IconEntry> entries;
+    const int count = u16(ico, 4);
+    for (int index = 0; index < count; ++index) {
+        const qsizetype at = 6 + 16 * qsizetype(index);
+        if (!has(ico, at, 16))
+            break;
+        IconEntry entry;
+        entry.directory = ico.mid(at, 16);
+        entry.declared = QSize(uchar(ico[at]) ? uchar(ico[at]) : 256, uchar(ico[at + 1]) ? uchar(ico[at + 1]) : 256);
+        const qsizetype offset = u32(ico, at + 12);
+        const qsizetype length = u32(ico, at + 8);
+        if (offset >= 6 + 16 * qsizetype(count) && has(ico, offset, 0))
+            entry.data = ico.mid(offset, std::min(length, ico.size() - offset));
+        const QByteArray &d = entry.data;
+        if (d.startsWith(pngSignature)) {
+            entry.png = true;
+            if (has(d, 8, 16) && d.mid(12, 4) == "IHDR" && u32be(d, 16) <= 0x7fffffff && u32be(d, 20) <= 0x7fffffff)
+                entry.real = QSize(int(u32be(d, 16)), int(u32be(d, 20)));
+        } else if (has(d, 0, 12) && u32(d, 0) == 12) { // BITMAPCOREHEADER
+            entry.real = QSize(u16(d, 4), u16(d, 6) / 2);
+        } else if (has(d, 0, 16) && u32(d, 0) >= 40) {
+            const qint64 width = s32(d, 4), height = std::abs(qint64(s32(d, 8))) / 2; // the mask counts
+            if (width > 0 && width <= 0x7fffffff)
+                entry.real = QSize(int(width), int(height));
+        }
+        if (entry.real.isEmpty())
+            entry.real = QSize();
+        entries.append(entry);
+    }
+    return entries;
+}
+
+bool entryIsConsistent(const IconEntry &entry)
+{
+    const auto agrees = [](int declared, int real) { return declared == 256 ? real >= 256 : declared == real; };
+    return entry.real.isValid() && agrees(entry.declared.width(), entry.real.width())
+           && agrees(entry.declared.height(), entry.real.height());
+}
+
+QByteArray singleEntryIcon(const QByteArray &ico, const IconEntry &entry)
+{
+    if (kindOf(ico) != Kind::Icon)
+        return {};
+    QByteArray file(6, '\0');
+    qToLittleEndian<quint16>(u16(ico, 2), file.data() + 2);
+    qToLittleEndian<quint16>(1, file.data() + 4);
+    QByteArray directory = entry.directory;
+    qToLittleEndian<quint32>(quint32(entry.data.size()), directory.data() + 8);
+    qToLittleEndian<quint32>(22, directory.data() + 12);
+    return file + directory + entry.data;
+}
+
+int jpegScanCount(const QByteArray &jpeg)
+{
+    if (!has(jpeg, 0, 3) || uchar(jpeg[0]) != 0xFF || uchar(jpeg[1]) != 0xD8)
+        return -1;
+    int scans = 0;
+    qsizetype at = 2;
+    while (has(jpeg, at, 2)) {
+        if (uchar(jpeg[at]) != 0xFF) {
+            ++at; // entropy-coded data
+            continue;
+        }
+        const uchar marker = uchar(jpeg[at + 1]);
+        if (marker == 0xFF) {
+            ++at; // fill byte
+            continue;
+        }
+        if (marker == 0xD9) // end of image
+            break;
+        // A stuffed zero, a restart marker, TEM and SOI stand alone.
+        if (marker == 0x00 || marker == 0x01 || marker == 0xD8 || (marker >= 0xD0 && marker <= 0xD7)) {
+            at += 2;
+            continue;
+        }
+        if (!has(jpeg, at + 2, 2))
+            break;
+        if (marker == 0xDA)
+            ++scans;
+        at += 2 + qFromBigEndian<quint16>(jpeg.constData() + at + 2); // the segment, skipped whole
+    }
+    return scans;
+}
+
+int wmfRecordCount(const QByteArray &wmf)
+{
+    if (kindOf(wmf) != Kind::Wmf)
+        return -1;
+    qsizetype at = u32(wmf, 0) == kPlaceableKey ? 22 : 0;
+    if (!has(wmf, at, 18))
+        return -1;
+    at += 2 * qsizetype(u16(wmf, at + 2)); // the header's size in words
+    int records = 0;
+    while (has(wmf, at, 6)) {
+        const quint32 words = u32(wmf, at);
+        if (words < 3)
+            return -1;
+        ++records;
+        if (u16(wmf, at + 4) == 0) // the end record
+            break;
+        at += 2 * qsizetype(words);
+    }
+    return records;
 }
 
 QSize wmfNaturalSize(const QByteArray &wmf)

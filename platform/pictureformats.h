@@ -8,13 +8,45 @@
 // checks each offset against the data's length: a truncated or hostile file gives an empty answer.
 namespace PictureFormats {
 
-enum class Kind { Other, Wmf, Emf, Ani };
+// The most pixels a picture may have: a Pro Photo CD scan (6144 x 4096), the largest picture of the
+// floppies and CD-ROMs of the time. A larger one is forged or not of the time: it is not drawn.
+constexpr qint64 kLargestPicturePixels = 6144 * 4096;
+
+enum class Kind { Other, Wmf, Emf, Ani, Icon };
 
 // What a file is, judged by its first bytes (never by its name).
 Kind kindOf(const QByteArray &data);
 
 // The first "icon" chunk of an animated cursor (RIFF "ACON"): a plain .CUR or .ICO file.
 QByteArray firstAniIcon(const QByteArray &ani);
+
+// One picture of an icon or cursor file, as its directory entry says and as its data says.
+struct IconEntry
+{
+    QSize declared; // from the directory: 0 stands for 256 or more
+    QSize real;     // from the entry's PNG IHDR or bitmap header; invalid when unreadable
+    bool png = false;
+    QByteArray directory; // its 16 bytes in the directory
+    QByteArray data; // the entry's bytes (up to the file's end when the directory says more)
+};
+
+// The entries of an icon or cursor file (Kind::Icon), read from its directory without decoding.
+QList<IconEntry> iconEntries(const QByteArray &ico);
+
+// Whether the entry's real size is what its directory says (a declared 0 taking any size of 256 or
+// more): a forged or broken entry does not.
+bool entryIsConsistent(const IconEntry &entry);
+
+// A plain one-entry icon or cursor file holding a bitmap entry, for Qt's reader.
+QByteArray singleEntryIcon(const QByteArray &ico, const IconEntry &entry);
+
+// The number of scans (SOS markers) of a JPEG file, walking its segments and its entropy-coded
+// data; -1 when it is not a JPEG. Every scan of a progressive JPEG is a pass over the whole picture.
+int jpegScanCount(const QByteArray &jpeg);
+
+// The number of records of a Windows metafile up to its end record, walking the record sizes; -1
+// when it is not a metafile or a record's size is broken (below the 3 words of its own header).
+int wmfRecordCount(const QByteArray &wmf);
 
 // A placeable metafile's size at 96 pixels to the inch: (right - left) * 96 / units per inch.
 // An invalid size when the file has no placeable header.

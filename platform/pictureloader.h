@@ -14,6 +14,7 @@ public:
     // height are the natural size the viewers fit into their frame.
     virtual QImage loadPicture(const QString &path) = 0;
 
-    // Every size an icon file holds.
+    // The sizes of an icon file the windows draw: those up to 64 pixels, or the smallest larger one
+    // when none reaches the gallery's 48.
     virtual QIcon loadIcon(const QString &path) = 0;
 };

@@ -1,3 +1,6 @@
+#include "backgroundwork.h"
+#include "gate.h"
+#include "metafiles.h"
 #include "pictureformats.h"
 #include "qtpictureloader.h"
 #include "samplepictures.h"
@@ -8,12 +11,41 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QScopeGuard>
+#include <QThread>
+#include <QTimer>
 #include <QTest>
 #include <QtEndian>
 
+#include <functional>
+
+#include <sys/stat.h>
+
 using namespace SamplePictures;
 
+namespace {
+
+// Time stands still unless `onRead` moves it.
+class TestClock final : public Clock
+{
+public:
+    QDateTime now() const override
+    {
+        if (onRead)
+            onRead();
+        return current;
+    }
+    QDateTime current{QDate(1998, 5, 4), QTime(9, 0)};
+    std::function<void()> onRead;
+};
+
+enum class Hostile { LinkToZero, Fifo, IconOfHugePngs, JpegOfEmptyScans, WmfOfManyRecords, Padded, EmfShowingFile, EmfShowingFifo };
+
+} // namespace
+
 // The picture loader on files of every format the viewers show, generated here.
+Q_DECLARE_METATYPE(Hostile)
+
 class TestPictureLoader : public QObject
 {
     Q_OBJECT
@@ -238,8 +270,169 @@ private slots:
         QVERIFY2(darkPixels(image, text) > darkPixels(withoutAccents, text), "the accents were not drawn");
     }
 
+    // Files made to kill, freeze or exhaust the reader: nothing comes of them, at once; an EMF whose
+    // text smuggles an image in is drawn without it.
+    void hostileFiles_data()
+    {
+        QTest::addColumn<Hostile>("hostile");
+        QTest::newRow("link to /dev/zero") << Hostile::LinkToZero;
+        QTest::newRow("FIFO") << Hostile::Fifo;
+        QTest::newRow("ICO of 256 PNG of 2048 x 2048") << Hostile::IconOfHugePngs;
+        QTest::newRow("JPEG of 5,000 empty scans") << Hostile::JpegOfEmptyScans;
+        QTest::newRow("WMF of 40,000 records") << Hostile::WmfOfManyRecords;
+        QTest::newRow("JPEG padded past 32 MB") << Hostile::Padded;
+        QTest::newRow("EMF text showing a file") << Hostile::EmfShowingFile;
+        QTest::newRow("EMF text showing a FIFO") << Hostile::EmfShowingFifo;
+    }
+    void hostileFiles()
+    {
+        QFETCH(Hostile, hostile);
+        const QString file = path(QStringLiteral("hostile%1.ico").arg(int(hostile)));
+        const QColor fill(0, 0, 200);
+        const auto smuggling = [&](const QString &shown) {
+            return emf(240, 120, Qt::white, fill, QStringLiteral("]]></text><image xlink:href=\"%1\" x=\"0\" y=\"0\" "
+                                                                 "width=\"240\" height=\"120\"/><text><![CDATA[").arg(shown));
+        };
+        switch (hostile) {
+        case Hostile::LinkToZero:
+            QVERIFY(QFile::link(QStringLiteral("/dev/zero"), file));
+            break;
+        case Hostile::Fifo:
+            QCOMPARE(mkfifo(QFile::encodeName(file).constData(), 0600), 0);
+            break;
+        case Hostile::IconOfHugePngs:
+            QVERIFY(TestSupport::writeFile(file, iconOfPngs(emptyPng(2048, 2048), 256)));
+            break;
+        case Hostile::JpegOfEmptyScans:
+            QVERIFY(TestSupport::writeFile(file, jpegWithEmptyScans(1024, 1024, 5000)));
+            break;
+        case Hostile::WmfOfManyRecords:
+            QVERIFY(TestSupport::writeFile(file, wmfOfRectangles(240, 120, 40000)));
+            break;
+        case Hostile::Padded: {
+            QVERIFY(TestSupport::writeFile(file, jpegWithEmptyScans(64, 64, 0)));
+            QFile padded(file);
+            QVERIFY(padded.resize(33 * 1024 * 1024)); // sparse: nothing written
+            break;
+        }
+        case Hostile::EmfShowingFile: {
+            const QString shown = path(QStringLiteral("shown.png"));
+            QVERIFY(bands(240, 120, {Qt::red}).save(shown));
+            QVERIFY(TestSupport::writeFile(file, smuggling(shown)));
+            break;
+        }
+        case Hostile::EmfShowingFifo: {
+            const QString shown = path(QStringLiteral("shown.fifo"));
+            QCOMPARE(mkfifo(QFile::encodeName(shown).constData(), 0600), 0);
+            QVERIFY(TestSupport::writeFile(file, smuggling(shown)));
+            break;
+        }
+        }
+        QtPictureLoader loader;
+        if (hostile == Hostile::EmfShowingFile || hostile == Hostile::EmfShowingFifo) {
+            const QImage image = loader.loadPicture(file);
+            QCOMPARE(image.size(), QSize(240, 120));
+            QCOMPARE(image.pixelColor(60, 60), fill);
+        } else {
+            QVERIFY(loader.loadIcon(file).isNull());
+            QVERIFY(loader.loadPicture(file).isNull());
+        }
+    }
+
+    // Icons keep the sizes the windows draw, up to 64 pixels or the smallest larger one; the
+    // preview shows the first entry.
+    void iconSizesKept_data()
+    {
+        QTest::addColumn<QList<int>>("sides");
+        QTest::addColumn<QList<int>>("kept");
+        QTest::newRow("16, 32, 48, 256") << QList<int>{16, 32, 48, 256} << QList<int>{16, 32, 48};
+        QTest::newRow("16, 128, 96") << QList<int>{16, 128, 96} << QList<int>{16, 96};
+    }
+    void iconSizesKept()
+    {
+        QFETCH(QList<int>, sides);
+        QFETCH(QList<int>, kept);
+        QList<QByteArray> entries;
+        for (int side : std::as_const(sides))
+            entries.append(icon(bands(side, side, {Qt::red, Qt::blue}), 24, {}));
+        const QByteArray ico = iconOfEntries(entries);
+        QList<int> sizes;
+        for (const QImage &image : QtPictureLoader::readIconImages(ico))
+            sizes.append(image.width());
+        QCOMPARE(sizes, kept);
+        QCOMPARE(QtPictureLoader::readPicture(ico).width(), sides.first());
+    }
+
+    // The SVG of a metafile keeps its drawing and loses what could reach outside it.
+    void safeSvg()
+    {
+        const QByteArray hostile =
+            "<?xml version=\"1.0\"?>\n"
+            "<!DOCTYPE svg [<!ENTITY secret SYSTEM \"file:///etc/passwd\">]>\n"
+            "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"10\" height=\"10\">\n"
+            "<style>@import url(sheet.css);</style>\n"
+            "<defs><clipPath id=\"clip-1\"><rect x=\"0\" y=\"0\" width=\"5\" height=\"5\"/></clipPath></defs>\n"
+            "<g clip-path=\"url(#clip-1)\"><rect x=\"1\" y=\"1\" width=\"8\" height=\"8\" fill=\"#0000C8\"/></g>\n"
+            "<image xlink:href=\"/etc/passwd\" width=\"10\" height=\"10\"/><use xlink:href=\"other.svg#a\"/>\n"
+            "<rect width=\"10\" height=\"10\" style=\"fill:url(other.svg#p)\"/><text x=\"1\" y=\"9\"><![CDATA[a<b]]>&secret;</text>\n"
+            "</svg>";
+        const QByteArray safe = Metafiles::safeSvg(hostile);
+        const QByteArray drawing = "<g clip-path=\"url(#clip-1)\"><rect x=\"1\" y=\"1\" width=\"8\" height=\"8\" fill=\"#0000C8\"/></g>";
+        QVERIFY2(safe.contains(drawing), safe);
+        QVERIFY2(safe.contains("a&lt;b"), safe);
+        for (const char *gone : {"passwd", "ENTITY", "secret", "style", "import", "image", "use", "href", "other.svg"})
+            QVERIFY2(!safe.contains(gone), gone);
+        QVERIFY(Metafiles::safeSvg("<html><svg/></html>").isEmpty());
+    }
+
+    // Work that outlives its deadline is given up while the caller's events go on; the stuck
+    // worker refuses further work until it ends.
+    void backgroundWorkIsBounded()
+    {
+        Gate gate;
+        const auto release = qScopeGuard([&gate] { // even when a check fails
+            gate.open();
+            while (BackgroundWork::busy())
+                QThread::yieldCurrentThread();
+        });
+        TestClock clock;
+        bool eventsRan = false;
+        QTimer::singleShot(0, this, [&eventsRan] { eventsRan = true; });
+        clock.onRead = [&clock, &eventsRan] {
+            if (eventsRan)
+                clock.current = clock.current.addSecs(60);
+        };
+        QVERIFY(!BackgroundWork::call<int>([&gate] { gate.pass(); return 1; }, clock, 10000));
+        QVERIFY(eventsRan);
+        QVERIFY(gate.waitForArrivals(1));
+
+        // Refused at once: well before its own deadline.
+        TestClock later;
+        const QDateTime asked = later.current;
+        later.onRead = [&later] { later.current = later.current.addSecs(1); };
+        bool ran = false;
+        QVERIFY(!BackgroundWork::run([&ran] { ran = true; }, later, 10000));
+        QVERIFY(!ran);
+        QVERIFY(asked.secsTo(later.current) < 10);
+
+        gate.open();
+        QTRY_VERIFY(!BackgroundWork::busy());
+        QCOMPARE(BackgroundWork::call<int>([] { return 7; }, TestClock(), 10000), std::optional<int>(7));
+    }
+
     void headers()
     {
+        QCOMPARE(PictureFormats::jpegScanCount(jpegWithEmptyScans(64, 64, 500)), PictureFormats::jpegScanCount(jpegWithEmptyScans(64, 64, 0)) + 500);
+        QVERIFY(PictureFormats::jpegScanCount(jpegWithEmptyScans(64, 64, 0)) <= 12);
+        QCOMPARE(PictureFormats::wmfRecordCount(wmfOfRectangles(10, 10, 20)), 2 + 20 + 1);
+        QByteArray brokenRecord = wmfOfRectangles(10, 10, 20);
+        brokenRecord[22 + 18 + 10] = 2; // the second record says 2 words
+        QCOMPARE(PictureFormats::wmfRecordCount(brokenRecord), -1);
+        const auto entries = PictureFormats::iconEntries(iconOfPngs(emptyPng(300, 20), 2));
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries.at(1).real, QSize(300, 20));
+        QVERIFY(!PictureFormats::entryIsConsistent(entries.at(1))); // declared 256 x 256
+
         const QByteArray placeable = wmf(100, 50, Qt::white, Qt::red, QStringLiteral("x"));
         QCOMPARE(PictureFormats::kindOf(placeable), PictureFormats::Kind::Wmf);
         QCOMPARE(PictureFormats::kindOf(placeable.mid(22)), PictureFormats::Kind::Wmf); // without the placeable header

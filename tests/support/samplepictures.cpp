@@ -2,6 +2,8 @@
 
 #include "windows1252.h"
 
+#include <QBuffer>
+#include <QImageWriter>
 #include <QPainter>
 #include <QtEndian>
 
@@ -17,6 +19,38 @@ struct Bytes
     Bytes &raw(const QByteArray &b) { data.append(b); return *this; }
     Bytes &zeros(int n) { data.append(QByteArray(n, '\0')); return *this; }
 };
+
+QByteArray pngChunk(const char *type, const QByteArray &data)
+{
+    QByteArray chunk(4, '\0');
+    qToBigEndian<quint32>(quint32(data.size()), chunk.data());
+    const QByteArray body = QByteArray(type, 4) + data;
+    // CRC-32 of the type and data, as zlib computes it.
+    quint32 crc = 0xffffffff;
+    for (char c : body) {
+        crc ^= uchar(c);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xedb88320 & (0 - (crc & 1)));
+    }
+    QByteArray sum(4, '\0');
+    qToBigEndian<quint32>(~crc, sum.data());
+    return chunk + body + sum;
+}
+
+// Placeable header and metafile header around `body`, the end record added.
+QByteArray placeableWmf(int width, int height, int unit, const QByteArray &records, qint64 maxRecord)
+{
+    const QByteArray body = records + QByteArray::fromHex("030000000000");
+    Bytes file;
+    file.u32(0x9AC6CDD7).u16(0).u16(0).u16(0).u16(width * unit).u16(height * unit).u16(1440).u32(0);
+    quint16 checksum = 0;
+    for (int i = 0; i < 10; ++i)
+        checksum ^= qFromLittleEndian<quint16>(file.data.constData() + 2 * i);
+    file.u16(checksum);
+    file.u16(1).u16(9).u16(0x0300).u32(9 + body.size() / 2).u16(4).u32(std::max<qint64>(maxRecord, 3)).u16(0);
+    file.raw(body);
+    return file.data;
+}
 
 quint32 colorRef(const QColor &c)
 {
@@ -211,6 +245,72 @@ QByteArray emf(int width, int height, const QColor &background, const QColor &fi
     for (const QByteArray &r : std::as_const(records))
         file.raw(r);
     return file.data;
+}
+
+QByteArray emptyPng(int width, int height)
+{
+    Bytes header;
+    header.u32(0).u32(0).u8(8).u8(6).u8(0).u8(0).u8(0); // 8-bit RGBA
+    qToBigEndian<quint32>(quint32(width), header.data.data());
+    qToBigEndian<quint32>(quint32(height), header.data.data() + 4);
+    // Each row: filter byte 0, then zeros. qCompress writes a 4-byte length, then a zlib stream.
+    const QByteArray zlib = qCompress(QByteArray(qsizetype(height) * (1 + 4 * qsizetype(width)), '\0'), 9).mid(4);
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + pngChunk("IHDR", header.data) + pngChunk("IDAT", zlib)
+           + pngChunk("IEND", {});
+}
+
+QByteArray iconOfPngs(const QByteArray &png, int count)
+{
+    Bytes file;
+    file.u16(0).u16(1).u16(count);
+    for (int i = 0; i < count; ++i)
+        file.u8(0).u8(0).u8(0).u8(0).u16(1).u16(32).u32(png.size()).u32(6 + 16 * count);
+    file.raw(png);
+    return file.data;
+}
+
+QByteArray iconOfEntries(const QList<QByteArray> &icons)
+{
+    Bytes directory;
+    directory.u16(0).u16(1).u16(int(icons.size()));
+    QByteArray data;
+    for (const QByteArray &single : icons) {
+        const QByteArray entry = single.mid(22);
+        directory.raw(single.mid(6, 12)).u32(6 + 16 * icons.size() + data.size());
+        data += entry;
+    }
+    return directory.data + data;
+}
+
+QByteArray jpegWithEmptyScans(int width, int height, int emptyScans)
+{
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setProgressiveScanWrite(true);
+    writer.write(bands(width, height, {Qt::red, Qt::blue}));
+    // The last scan is a refinement of the luminance's AC coefficients: its header again and again,
+    // without data, before the end of the image.
+    const qsizetype lastScan = jpeg.lastIndexOf(QByteArray("\xff\xda", 2));
+    const QByteArray scanHeader = jpeg.mid(lastScan, 2 + qFromBigEndian<quint16>(jpeg.constData() + lastScan + 2));
+    QByteArray scans;
+    for (int i = 0; i < emptyScans; ++i)
+        scans += scanHeader;
+    return jpeg.insert(jpeg.size() - 2, scans);
+}
+
+QByteArray wmfOfRectangles(int width, int height, int count)
+{
+    const int unit = 15;
+    Bytes records;
+    records.u32(5).u16(0x020B).u16(0).u16(0);                                    // SETWINDOWORG
+    records.u32(5).u16(0x020C).u16(height * unit).u16(width * unit);             // SETWINDOWEXT
+    for (int i = 0; i < count; ++i) {
+        const int x = (i * 7) % width * unit, y = (i * 13) % height * unit;
+        records.u32(7).u16(0x041B).u16(y + 5 * unit).u16(x + 5 * unit).u16(y).u16(x); // RECTANGLE
+    }
+    return placeableWmf(width, height, unit, records.data, 7);
 }
 
 } // namespace SamplePictures

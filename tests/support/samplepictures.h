@@ -28,4 +28,21 @@ QByteArray wmf(int width, int height, const QColor &background, const QColor &fi
 // An enhanced metafile with the same drawing, its frame saying width x height pixels at 96 dpi.
 QByteArray emf(int width, int height, const QColor &background, const QColor &fill, const QString &text);
 
+// A PNG of width x height transparent pixels (8-bit RGBA), its data compressed here: a few KB on
+// disk for megabytes decoded.
+QByteArray emptyPng(int width, int height);
+
+// An icon file of `count` entries that all point at the same `png`, each declaring 256 x 256.
+QByteArray iconOfPngs(const QByteArray &png, int count);
+
+// One icon file of the entries of one-entry icon files (as icon() writes them), in that order.
+QByteArray iconOfEntries(const QList<QByteArray> &icons);
+
+// A progressive JPEG of width x height with `emptyScans` refinement scans of no data added before
+// its end: each one a pass of the decoder over the whole picture.
+QByteArray jpegWithEmptyScans(int width, int height, int emptyScans);
+
+// A placeable metafile of width x height pixels holding `count` rectangle records.
+QByteArray wmfOfRectangles(int width, int height, int count);
+
 } // namespace SamplePictures
