@@ -12,6 +12,8 @@
 #include <Magick++.h>
 #include <emf2svg.h>
 
+#include <algorithm>
+
 #include <dlfcn.h>
 
 namespace Metafiles {
@@ -142,7 +144,7 @@ QByteArray safeSvg(const QByteArray &svg)
     // What libemf2svg writes for a drawing, and only that.
     static const QSet<QStringView> elements{u"svg", u"g", u"defs", u"clipPath", u"path", u"rect",
                                             u"ellipse", u"circle", u"line", u"polyline", u"polygon",
-                                            u"text", u"tspan"};
+                                            u"text", u"tspan", u"image"};
     static const QSet<QStringView> attributes{
         u"version", u"width", u"height", u"viewBox", u"preserveAspectRatio", u"id", u"transform",
         u"x", u"y", u"cx", u"cy", u"r", u"rx", u"ry", u"x1", u"y1", u"x2", u"y2", u"d", u"points",
@@ -152,6 +154,12 @@ QByteArray safeSvg(const QByteArray &svg)
         u"font-size", u"font-weight", u"font-style", u"text-anchor", u"text-decoration",
         u"writing-mode"};
     const QString svgNamespace = QStringLiteral("http://www.w3.org/2000/svg");
+    // A metafile's own bitmaps come inline ("data:image/png;base64,..."): the one reference kept.
+    const QString xlinkNamespace = QStringLiteral("http://www.w3.org/1999/xlink");
+    const auto isInlineBitmap = [&](const QXmlStreamAttribute &attribute) {
+        return attribute.namespaceUri() == xlinkNamespace && attribute.name() == u"href"
+               && attribute.value().startsWith(u"data:image/", Qt::CaseInsensitive);
+    };
     // A reference to anything but an element of the drawing itself.
     const auto refersOutside = [](QStringView value) {
         for (qsizetype at = value.indexOf(u"url(", 0, Qt::CaseInsensitive); at >= 0;
@@ -170,19 +178,26 @@ QByteArray safeSvg(const QByteArray &svg)
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement: {
+            const bool imageOfAFile = reader.name() == u"image"
+                                      && std::none_of(reader.attributes().cbegin(), reader.attributes().cend(),
+                                                      isInlineBitmap);
             if (reader.namespaceUri() != svgNamespace || !elements.contains(reader.name())
-                || (root && reader.name() != u"svg")) {
+                || (root && reader.name() != u"svg") || imageOfAFile) {
                 reader.skipCurrentElement();
                 break;
             }
             writer.writeStartElement(reader.name().toString());
-            if (root)
+            if (root) {
                 writer.writeDefaultNamespace(svgNamespace);
+                writer.writeNamespace(xlinkNamespace, QStringLiteral("xlink"));
+            }
             root = false;
             for (const QXmlStreamAttribute &attribute : reader.attributes()) {
                 if (attribute.namespaceUri().isEmpty() && attributes.contains(attribute.name())
                     && !refersOutside(attribute.value()))
                     writer.writeAttribute(attribute.name().toString(), attribute.value().toString());
+                else if (reader.name() == u"image" && isInlineBitmap(attribute))
+                    writer.writeAttribute(xlinkNamespace, QStringLiteral("href"), attribute.value().toString());
             }
             break;
         }

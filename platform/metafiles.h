@@ -18,7 +18,8 @@ QImage drawEmf(const QByteArray &emf);
 
 // libemf2svg writes the metafile's text into its SVG as it comes, so a text can close its element
 // and add others. The SVG is rewritten keeping only the elements and attributes of a drawing (no
-// image, no use, no style sheet, no reference but url(#id)), so the drawing cannot load a file.
+// use, no style sheet, no reference but url(#id), images only from inline data: the metafile's own
+// bitmaps), so the drawing cannot load a file.
 // What follows an XML error is left out.
 QByteArray safeSvg(const QByteArray &svg);
 
