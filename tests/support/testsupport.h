@@ -5,10 +5,12 @@
 #include <QRectF>
 #include <QString>
 #include <QStringList>
+#include <QTest>
 
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 class QAction;
@@ -39,6 +41,20 @@ QList<PdfWord> pdfWords(const QString &pdfPath);
 // the file f.txt and the empty directory z. Made with openat, as no full path reaches the deepest
 // when they pass 4096 bytes.
 bool makeDeepChain(const QString &root, const QByteArray &name, int depth);
+
+// The control `objectName` under `parent`. A missing one (renamed, or of another type) fails the
+// test with its name and ends the test program, where an unchecked lookup would crash unnamed.
+template<typename T>
+T *child(const QObject *parent, const QString &objectName)
+{
+    T *found = parent->findChild<T *>(objectName);
+    if (!found) {
+        QTest::qFail(qPrintable(QStringLiteral("no control \"%1\" of the expected type").arg(objectName)), __FILE__,
+                     __LINE__);
+        throw std::runtime_error("missing control");
+    }
+    return found;
+}
 
 // Whether a command is on the PATH.
 bool haveProgram(const QString &name);
