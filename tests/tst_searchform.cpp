@@ -17,7 +17,7 @@ const QString kByExtension = u"Liste des fichiers ayant la même extension."_qs;
 struct Fixture : SearchWindowFixture<SearchForm>
 {
     Fixture(const QList<Archive> &more = {})
-        : SearchWindowFixture({{u"Divers"_qs, u"PCFUN75"_qs, {"d:\\DOC\\README.TXT", "d:\\README", "d:\\JEUX\\.", "d:\\IMG\\ABABA.GIF"}},
+        : SearchWindowFixture(QList<Archive>{{u"Divers"_qs, u"PCFUN75"_qs, {"d:\\DOC\\README.TXT", "d:\\README", "d:\\JEUX\\.", "d:\\IMG\\ABABA.GIF"}},
                                {u"Divers"_qs, u"PCMAG13"_qs, {"d:\\ReadMe.txt", "d:\\X\\LOGO.GIF"}},
                                {u"Images"_qs, u"PHOTOS"_qs, {"e:\\README.GIF"}}} + more,
                               {u"GIF         &1D:\\OUTILS\\VIEW"_qs, u"TXT         &4C:\\WINDOWS\\NOTEPAD"_qs,

@@ -1,7 +1,6 @@
 #include "archivefile.h"
 #include "archivescanner.h"
 #include "resultlistmodel.h"
-#include "extensionentry.h"
 #include "searchrun.h"
 #include "searchrules.h"
 #include "testsupport.h"
@@ -423,22 +422,6 @@ private slots:
         QCOMPARE(results.path(0).size(), path.size());
     }
 
-    void extensionEntriesAreReadByFixedColumns()
-    {
-        const QString txt = u"TXT         &4C:\\WINDOWS\\NOTEPAD"_qs;
-        const QString gi = u"GI         &1D:\\VIEW"_qs;
-        const QString b = u"B         &7C:\\RUN"_qs;
-        QCOMPARE(ExtensionEntry::extension(txt), u"TXT"_qs);
-        QCOMPARE(ExtensionEntry::classCode(txt), 4);
-        QCOMPARE(ExtensionEntry::program(txt), u"C:\\WINDOWS\\NOTEPAD"_qs);
-        // Shorter extensions shift the columns: read with blanks, never of a class.
-        QCOMPARE(ExtensionEntry::extension(gi), u"GI "_qs);
-        QCOMPARE(ExtensionEntry::classCode(gi), 0);
-        QCOMPARE(ExtensionEntry::ofClass({txt, gi, b, u"DOC         &4C:\\W"_qs, u"BMP         &1X"_qs}, 4),
-                 (QStringList{txt, u"DOC         &4C:\\W"_qs}));
-        QCOMPARE(ExtensionEntry::program(u"SHORT"_qs), QString());
-    }
-
     void searchesArchivesInOrderAndSortsTheRows()
     {
         QTemporaryDir dir;
@@ -571,6 +554,33 @@ private slots:
         const SearchResults small = SearchRun::runAndWait({SearchKind::Extension, "GIF",
                                                            archivesToScan(dir.path(), files.mid(0, 1)), kExtensionRowLimit, 1});
         QCOMPARE(small.size(), 20000);
+        // Exactly the limit found: the search says it reached it.
+        SearchRun exact({SearchKind::Extension, "GIF", archivesToScan(dir.path(), files.mid(0, 1)), 20000, 1});
+        exact.start();
+        exact.wait();
+        QVERIFY(exact.limitReached());
+    }
+
+    void orderBuiltInPartsAgreesWithAPlainSort()
+    {
+        // Past 65,536 names the order is built in parts; a name before its longer namesakes.
+        auto chunk = std::make_shared<ResultChunk>();
+        QList<QByteArray> names;
+        QRandomGenerator random(20261122);
+        for (int i = 0; i < 70000; ++i) {
+            QByteArray name;
+            for (int n = random.bounded(1, i % 5 == 0 ? 3 : 14); n > 0; --n)
+                name.append("aAbBc"[random.bounded(5)]);
+            names.append(name.toUpper());
+            const QByteArray path = "d:\\" + name;
+            chunk->found.push_back({chunk->store(path), quint32(path.size()), 3});
+        }
+        chunk->keepFound();
+        std::vector<qsizetype> expected(size_t(names.size()));
+        std::iota(expected.begin(), expected.end(), 0);
+        std::stable_sort(expected.begin(), expected.end(), [&](qsizetype a, qsizetype b) { return names[a] < names[b]; });
+        const RowOrder order = SearchResults::sortedOrder({chunk});
+        QVERIFY(std::equal(order.begin(), order.end(), expected.begin(), expected.end()));
     }
 };
 
