@@ -8,7 +8,7 @@
 #include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "searchrun.h"
+#include "searchrequests.h"
 #include "tablefile.h"
 #include "textformat.h"
 #include "windows1252.h"
@@ -23,7 +23,6 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QThread>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -94,6 +93,7 @@ void SearchForm::buildLayout()
     const auto addSearchButton = [&](QToolButton *&button, const QString &hint) {
         auto *row = new QHBoxLayout;
         button = makePictureButton(hint, this);
+        button->setObjectName(hint);
         row->addWidget(button);
         auto *caption = makeCaption(hint, this);
         caption->setToolTip(hint);
@@ -128,6 +128,7 @@ void SearchForm::buildLayout()
     auto *classRow = new QHBoxLayout;
     for (int code = 1; code <= 9; ++code) {
         QToolButton *button = makePictureButton(QString::fromUtf16(kClassButtons[code - 1].hint), this);
+        button->setObjectName(button->toolTip());
         button->setIconSize(QSize(24, 24));
         connect(button, &QToolButton::clicked, this, [this, code] { filterClass(code); });
         m_classButtons.append(button);
@@ -225,26 +226,12 @@ int SearchForm::selectedArchiveCount() const
 
 void SearchForm::searchByName()
 {
-    const QString name = m_dialogs.input(u"Nom du fichier, sans extension ? "_qs);
-    if (name.isEmpty()) {
-        m_dialogs.message(u"Vous devez saisir un nom !"_qs);
-        return;
-    }
-    startSearch(SearchKind::Name, name);
+    startSearch(SearchKind::Name, m_dialogs.input(u"Nom du fichier, sans extension ? "_qs));
 }
 
 void SearchForm::searchByString()
 {
-    const QString text = m_dialogs.input(u"Chaîne de 3 caractères au minimum... ? "_qs);
-    if (text.isEmpty()) {
-        m_dialogs.message(u"Vous devez saisir une chaîne de caractères !"_qs);
-        return;
-    }
-    if (text.size() < 3) {
-        m_dialogs.message(u"Chaîne de caractères trop courtes ! "_qs);
-        return;
-    }
-    startSearch(SearchKind::String, text);
+    startSearch(SearchKind::String, m_dialogs.input(u"Chaîne de 3 caractères au minimum... ? "_qs));
 }
 
 void SearchForm::searchByExtension()
@@ -278,18 +265,17 @@ void SearchForm::clearResults()
 
 void SearchForm::startSearch(SearchKind kind, const QString &typed)
 {
+    if (const QString refusal = SearchRequests::termRefusal(kind, typed); !refusal.isEmpty()) {
+        m_dialogs.message(refusal);
+        return;
+    }
     clearResults();
-    m_searchedTerm = searchTerm(typed);
+    SearchRequest request = SearchRequests::request(kind, typed, m_archives->archivesToSearch(&archivesToScan),
+                                                    SearchRequests::threadCount());
+    m_searchedTerm = request.term;
     m_term->setText(Windows1252::decode(m_searchedTerm));
     m_kindMarker = kind == SearchKind::Extension ? u"1"_qs : u"0"_qs;
     m_kind->setText(m_kindMarker);
-
-    SearchRequest request;
-    request.kind = kind;
-    request.term = m_searchedTerm;
-    request.rowLimit = kind == SearchKind::Extension ? kExtensionRowLimit : 0;
-    request.threads = std::clamp(QThread::idealThreadCount(), 1, 4);
-    request.archives = m_archives->archivesToSearch(&archivesToScan);
     m_loading->setVisible(true);
     m_progress->setVisible(true);
     m_stop->setVisible(true);
@@ -308,8 +294,7 @@ void SearchForm::finishSearch(bool limitReached)
     m_progress->setVisible(false);
     m_stop->setVisible(false);
     if (limitReached)
-        m_dialogs.message(u"Le nombre de fichiers recherchés comportant l'extension "_qs
-                          + Windows1252::decode(m_searchedTerm) + u" est trop élevé : la recherche est stoppée ! "_qs);
+        m_dialogs.message(SearchRequests::rowLimitMessage(m_searchedTerm));
     emit searchFinished();
 }
 

@@ -13,15 +13,4 @@ QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList
     return archives;
 }
 
-SearchRequest request(const QString &theme, QList<ArchiveToScan> archives, int threads)
-{
-    SearchRequest request;
-    request.kind = SearchKind::Theme;
-    request.term = searchTerm(theme);
-    request.archives = std::move(archives);
-    request.rowLimit = kThemeRowLimit;
-    request.threads = threads;
-    return request;
-}
-
 } // namespace ThemeSearch

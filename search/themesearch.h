@@ -7,16 +7,12 @@
 #include <QStringList>
 
 // The search by theme: every entry whose full path holds the chosen theme (rowsForPath() tells
-// which), run by the same engine as the archive search.
+// which), run by the same engine as the archive search (SearchRequests::request()).
 namespace ThemeSearch {
 
 // The archives of a folder a search by theme reads: every selected one (every one when `selected`
 // is empty), with no limit on their number, each known by its file name, ".lst" included.
 QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
                                     const QList<bool> &selected = {});
-
-// The search for `theme` (as chosen, in any case) in `archives`; it stops after 20000 rows, with
-// 20001 found.
-SearchRequest request(const QString &theme, QList<ArchiveToScan> archives, int threads);
 
 } // namespace ThemeSearch

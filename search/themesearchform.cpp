@@ -8,7 +8,7 @@
 #include "foundrowlists.h"
 #include "foundrowlabels.h"
 #include "listprintout.h"
-#include "searchrun.h"
+#include "searchrequests.h"
 #include "tablefile.h"
 #include "textformat.h"
 #include "themelist.h"
@@ -23,7 +23,6 @@
 #include <QMouseEvent>
 #include <QProgressBar>
 #include <QScreen>
-#include <QThread>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -188,16 +187,17 @@ void ThemeSearchForm::search()
     clearResults();
     m_loading->setVisible(true);
     m_progress->setVisible(true);
-    if (m_chosenTheme->text().isEmpty()) {
-        m_dialogs.message(u"Vous devez choisir un thème !"_qs);
+    if (const QString refusal = SearchRequests::termRefusal(SearchKind::Theme, m_chosenTheme->text()); !refusal.isEmpty()) {
+        m_dialogs.message(refusal);
         return;
     }
     // The label shows the theme as it is searched for.
     const QByteArray theme = searchTerm(m_chosenTheme->text());
     m_chosenTheme->setText(Windows1252::decode(theme));
 
-    m_lists->start(ThemeSearch::request(m_chosenTheme->text(), m_archives->archivesToSearch(&ThemeSearch::archivesToScan),
-                                        std::clamp(QThread::idealThreadCount(), 1, 4)));
+    m_lists->start(SearchRequests::request(SearchKind::Theme, m_chosenTheme->text(),
+                                           m_archives->archivesToSearch(&ThemeSearch::archivesToScan),
+                                           SearchRequests::threadCount()));
 }
 
 void ThemeSearchForm::finishSearch()

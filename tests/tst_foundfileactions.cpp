@@ -74,33 +74,36 @@ class tst_FoundFileActions : public QObject
     Q_OBJECT
 
 private slots:
-    void rowLabelsAndTheKeptExtension()
+    // Each row's labels after a left press on it, the row before being README.TXT.
+    void rowLabels_data()
     {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QStringList>("labels"); // quoted, archive, less extension, extension, prompt
+        QTest::newRow("name.ext") << u"D:\\DOC\\README.TXT"_qs
+                                  << QStringList{u"\"D:\\DOC\\README.TXT\""_qs, u"PCFUN75 .lst"_qs, u"D:\\DOC\\README"_qs, u"TXT"_qs,
+                                                 u"Mettez dans le lecteur \"PCFUN75\" : D:\\DOC\\README.TXT"_qs};
+        QTest::newRow("no dot keeps TXT") << u"D:\\README"_qs
+                                          << QStringList{u"\"D:\\README\""_qs, u"PCFUN75 .lst"_qs, u"D:\\RE"_qs, u"TXT"_qs,
+                                                         u"Mettez dans le lecteur \"PCFUN75\" : D:\\README"_qs};
+        QTest::newRow("three at most") << u"D:\\A\\PHOTO.JPEG"_qs
+                                       << QStringList{u"\"D:\\A\\PHOTO.JPEG\""_qs, u"PCFUN75 .lst"_qs, u"D:\\A\\PHOTO."_qs, u"JPE"_qs,
+                                                      u"Mettez dans le lecteur \"PCFUN75\" : D:\\A\\PHOTO.JPEG"_qs};
+        QTest::newRow("fewer at the end") << u"D:\\A.B"_qs
+                                          << QStringList{u"\"D:\\A.B\""_qs, u"PCFUN75 .lst"_qs, u"D:"_qs, u"B"_qs,
+                                                         u"Mettez dans le lecteur \"PCFUN75\" : D:\\A.B"_qs};
+    }
+
+    void rowLabels()
+    {
+        QFETCH(QString, path);
+        QFETCH(QStringList, labels);
         FoundRow row;
-        row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
-        QCOMPARE(row.path(), u"D:\\DOC\\README.TXT"_qs);
-        QCOMPARE(row.helpPath(), row.path());
-        QCOMPARE(row.quotedPath(), u"\"D:\\DOC\\README.TXT\""_qs);
-        QCOMPARE(row.copySource(), row.path());
-        QCOMPARE(row.archiveLabel(), u"PCFUN75 .lst"_qs);
-        QCOMPARE(row.pathLessExtension(), u"D:\\DOC\\README"_qs);
-        QCOMPARE(row.extension(), u"TXT"_qs);
-        QCOMPARE(row.mediumPrompt(), u"Mettez dans le lecteur \"PCFUN75\" : D:\\DOC\\README.TXT"_qs);
-
-        // No dot: the extension of the row before stays.
-        row.choose(u"D:\\README"_qs, u"PCMAG13"_qs);
-        QCOMPARE(row.extension(), u"TXT"_qs);
-        QCOMPARE(row.pathLessExtension(), u"D:\\RE"_qs);
-        QCOMPARE(row.archiveLabel(), u"PCMAG13 .lst"_qs);
-
-        // Three characters at most after the last dot, fewer when the path ends sooner.
-        row.choose(u"D:\\A\\PHOTO.JPEG"_qs, u"X"_qs);
-        QCOMPARE(row.extension(), u"JPE"_qs);
-        row.choose(u"D:\\A.B"_qs, u"X"_qs);
-        QCOMPARE(row.extension(), u"B"_qs);
-        QCOMPARE(row.pathLessExtension(), u"D:"_qs);
-        row.choose(u"D:"_qs, u"X"_qs);
-        QCOMPARE(row.pathLessExtension(), QString());
+        row.choose(u"D:\\DOC\\README.TXT"_qs, u"X"_qs);
+        row.choose(path, u"PCFUN75"_qs);
+        QCOMPARE(row.helpPath(), path);
+        QCOMPARE(row.copySource(), path);
+        QCOMPARE((QStringList{row.quotedPath(), row.archiveLabel(), row.pathLessExtension(), row.extension(), row.mediumPrompt()}),
+                 labels);
     }
 
     void rightPressActsByTheExtensionTable()
@@ -235,16 +238,29 @@ private slots:
         QCOMPARE(FoundFileActions::classRefusal(C::Icons, 1, u"1"_qs, u"EMF"_qs), QString());
     }
 
-    // The window's test copies for real (Yes, read-only target, onto itself); here the No.
-    void copyAnsweredNoCopiesNothing()
+    void copyAsksThenCopiesKeepingReadOnlyFiles()
     {
         Fixture f;
         QTemporaryDir target;
         f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
-        QCOMPARE(f.actions.copyInto(f.row, target.path()), QString());
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), QString()); // answered No
         QCOMPARE(f.services.dialogs.shown.last().title, u"Copie d'un fichier"_qs);
+        QCOMPARE(f.services.dialogs.shown.last().text,
+                 u"Etes-vous sûr de vouloir copier  D:\\DOC\\README.TXT dans le répertoire "_qs + target.path() + u" ?"_qs);
         QCOMPARE(f.services.dialogs.shown.last().help.context, 1000);
         QVERIFY(QDir(target.path()).isEmpty());
+        const QString copied = target.filePath(u"README.TXT"_qs);
+        f.services.dialogs.answers = {Answer::Yes};
+        QCOMPARE(f.actions.copyInto(f.row, target.path()), copied);
+        QCOMPARE(TestSupport::readFile(copied), QByteArray("lisez-moi"));
+        // Onto a read-only file: refused, the file kept; onto itself: the content stays whole.
+        TestSupport::writeFile(copied, "gardé");
+        QFile::setPermissions(copied, QFile::ReadOwner);
+        f.services.dialogs.answers = {Answer::Yes, Answer::Yes};
+        f.actions.copyInto(f.row, target.path());
+        QCOMPARE(TestSupport::readFile(copied), QByteArray("gardé"));
+        f.actions.copyInto(f.row, f.onDisc(u"Doc"_qs));
+        QCOMPARE(TestSupport::readFile(f.onDisc(u"Doc/ReadMe.txt"_qs)), QByteArray("lisez-moi"));
     }
 };
 
