@@ -474,6 +474,22 @@ private slots:
         QCOMPARE(results.sortedRow(5), u"A.TXT"_qs + QString(60, u' ') + u" 12"_qs);
     }
 
+    // Names alike in more letters than a sort key holds: a name that begins another comes first.
+    void aLongNameBeginningAnotherSortsFirst()
+    {
+        const QByteArray stem(40, 'L');
+        const QByteArray archive = "\"d:\\" + stem + "QQQ.AB\"\r\n\"d:\\" + stem + "QQQ.A\"\r\n";
+        auto chunk = std::make_shared<ResultChunk>();
+        ArchiveScanner(SearchKind::String, "QQQ").scan(archive, *chunk);
+        chunk->keepFound();
+        SearchResults results;
+        results.append(chunk);
+        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
+        QCOMPARE(results.sortedSize(), 2);
+        QCOMPARE(results.sortedIndex(0), 1);
+        QCOMPARE(results.sortedIndex(1), 0);
+    }
+
     void everyAsciiByteSortsByItsCapital()
     {
         // Every byte from 1 to 127, alone, beside its neighbours and before and after letters, in
