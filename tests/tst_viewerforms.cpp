@@ -198,15 +198,20 @@ private slots:
         QVERIFY(start.secsTo(f.fakes.clock.current) < 8); // not three more waits of 2 seconds
     }
 
-    // Copy after a stopped show, then print at the picture's natural size.
+    // Copy after a show the stop box ended, then print at the picture's natural size.
     void imageViewerCopyAndPrint()
     {
         Fixture f;
         f.addPicture(u"PLAGE.BMP"_qs, SamplePictures::bands(123, 45, {Qt::blue}));
         ImageViewerForm window(f.found, f.services(), f.fakes.printer);
         window.show();
-        f.onWait = [&] { child<QCheckBox>(&window, u"stop"_qs)->setChecked(true); };
+        auto *stop = child<QCheckBox>(&window, u"stop"_qs);
+        f.onWait = [&] {
+            if (!stop->isChecked())
+                QTest::mouseClick(stop, Qt::LeftButton); // ends the show and the window
+        };
         window.start();
+        QVERIFY(!window.isVisible());
         f.onWait = nullptr;
 
         window.copy(); // folder choice cancelled
