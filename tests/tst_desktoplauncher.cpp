@@ -2,6 +2,12 @@
 
 #include <QTest>
 
+// A PATH holding only `present`, in /usr/bin.
+static std::function<QString(const QString &)> only(const QStringList &present)
+{
+    return [present](const QString &name) { return present.contains(name) ? u"/usr/bin/"_qs + name : QString(); };
+}
+
 class tst_DesktopLauncher : public QObject
 {
     Q_OBJECT
@@ -9,11 +15,6 @@ class tst_DesktopLauncher : public QObject
 private slots:
     void displaySettingsToolIsTheFirstFound()
     {
-        const auto only = [](QStringList present) {
-            return [present](const QString &name) {
-                return present.contains(name) ? u"/usr/bin/"_qs + name : QString();
-            };
-        };
         CommandLine command = displaySettingsCommand(only({u"arandr"_qs, u"kcmshell5"_qs}));
         QCOMPARE(command.program, u"/usr/bin/kcmshell5"_qs);
         QCOMPARE(command.arguments, QStringList{u"kcm_kscreen"_qs});
@@ -25,11 +26,6 @@ private slots:
 
     void oldProgramsStartThroughWineOrDosbox()
     {
-        const auto only = [](QStringList present) {
-            return [present](const QString &name) {
-                return present.contains(name) ? u"/usr/bin/"_qs + name : QString();
-            };
-        };
         // Names that a shell would misread reach wine as one argument.
         const QString odd = u"/media/cd/JEUX $(rm)/A B;C.EXE"_qs;
         CommandLine command = wineCommand(odd, only({u"wine"_qs}));

@@ -1,4 +1,5 @@
 #include "filecopy.h"
+#include "testsupport.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -11,19 +12,6 @@
 class tst_FileCopy : public QObject
 {
     Q_OBJECT
-
-    static void write(const QString &path, const QByteArray &bytes)
-    {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
-
-    static QByteArray read(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-    }
 
     static mode_t modeOf(const QString &path)
     {
@@ -47,46 +35,46 @@ private slots:
     void copiesAndReplacesWhole()
     {
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("CASSE.EXE"));
-        const QString target = dir.filePath(QStringLiteral("copie.exe"));
+        const QString source = dir.filePath(u"CASSE.EXE"_qs);
+        const QString target = dir.filePath(u"copie.exe"_qs);
         QByteArray big(3 * 1024 * 1024 + 17, 'x');
         big[0] = 'M';
-        write(source, big);
-        write(target, "an older, shorter file");
-        QVERIFY(copyFileInto(source, dir.path(), QStringLiteral("copie.exe")));
-        QCOMPARE(read(target), big);
+        TestSupport::writeFile(source, big);
+        TestSupport::writeFile(target, "an older, shorter file");
+        QVERIFY(copyFileInto(source, dir.path(), u"copie.exe"_qs));
+        QCOMPARE(TestSupport::readFile(target), big);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2); // no temporary left
     }
 
     void refusesWhatCannotBeReplaced()
     {
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("a.txt"));
-        write(source, "new");
-        const QString readOnly = dir.filePath(QStringLiteral("ro.txt"));
-        write(readOnly, "kept");
+        const QString source = dir.filePath(u"a.txt"_qs);
+        TestSupport::writeFile(source, "new");
+        const QString readOnly = dir.filePath(u"ro.txt"_qs);
+        TestSupport::writeFile(readOnly, "kept");
         QFile::setPermissions(readOnly, QFileDevice::ReadOwner);
-        QVERIFY(!copyFileInto(source, dir.path(), QStringLiteral("ro.txt")));
-        QCOMPARE(read(readOnly), QByteArray("kept"));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
-        QVERIFY(!copyFileInto(source, dir.path(), QStringLiteral("sub")));
-        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("sub"))).isDir());
+        QVERIFY(!copyFileInto(source, dir.path(), u"ro.txt"_qs));
+        QCOMPARE(TestSupport::readFile(readOnly), QByteArray("kept"));
+        QVERIFY(QDir(dir.path()).mkdir(u"sub"_qs));
+        QVERIFY(!copyFileInto(source, dir.path(), u"sub"_qs));
+        QVERIFY(QFileInfo(dir.filePath(u"sub"_qs)).isDir());
 
-        QVERIFY(!copyFileInto(dir.filePath(QStringLiteral("missing")), dir.path(), QStringLiteral("b.txt")));
-        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("b.txt"))));
-        QVERIFY(!copyFileInto(source, dir.filePath(QStringLiteral("no/such/dir")), QStringLiteral("a.txt")));
+        QVERIFY(!copyFileInto(dir.filePath(u"missing"_qs), dir.path(), u"b.txt"_qs));
+        QVERIFY(!QFile::exists(dir.filePath(u"b.txt"_qs)));
+        QVERIFY(!copyFileInto(source, dir.filePath(u"no/such/dir"_qs), u"a.txt"_qs));
     }
 
     void ontoItselfKeepsTheContent()
     {
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("a.txt"));
-        write(source, "content");
-        QVERIFY(copyFileInto(source, dir.path(), QStringLiteral("a.txt")));
-        QCOMPARE(read(source), QByteArray("content"));
-        QVERIFY(QFile::link(source, dir.filePath(QStringLiteral("link.txt"))));
-        QVERIFY(copyFileInto(dir.filePath(QStringLiteral("link.txt")), dir.path(), QStringLiteral("a.txt")));
-        QCOMPARE(read(source), QByteArray("content"));
+        const QString source = dir.filePath(u"a.txt"_qs);
+        TestSupport::writeFile(source, "content");
+        QVERIFY(copyFileInto(source, dir.path(), u"a.txt"_qs));
+        QCOMPARE(TestSupport::readFile(source), QByteArray("content"));
+        QVERIFY(QFile::link(source, dir.filePath(u"link.txt"_qs)));
+        QVERIFY(copyFileInto(dir.filePath(u"link.txt"_qs), dir.path(), u"a.txt"_qs));
+        QCOMPARE(TestSupport::readFile(source), QByteArray("content"));
     }
 
     void replacesALinkNotWhatItPointsTo_data()
@@ -101,21 +89,21 @@ private slots:
         QFETCH(bool, victimExists);
         QTemporaryDir dir;
         QTemporaryDir elsewhere;
-        const QString source = dir.filePath(QStringLiteral("GOOD.TXT"));
-        const QString victim = elsewhere.filePath(QStringLiteral("victim.txt"));
-        write(source, "copy");
+        const QString source = dir.filePath(u"GOOD.TXT"_qs);
+        const QString victim = elsewhere.filePath(u"victim.txt"_qs);
+        TestSupport::writeFile(source, "copy");
         if (victimExists)
-            write(victim, "victim");
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("target")));
-        const QString link = dir.filePath(QStringLiteral("target/GOOD.TXT"));
+            TestSupport::writeFile(victim, "victim");
+        QVERIFY(QDir(dir.path()).mkdir(u"target"_qs));
+        const QString link = dir.filePath(u"target/GOOD.TXT"_qs);
         QVERIFY(QFile::link(victim, link));
 
-        QVERIFY(copyFileInto(source, dir.filePath(QStringLiteral("target")), QStringLiteral("GOOD.TXT")));
+        QVERIFY(copyFileInto(source, dir.filePath(u"target"_qs), u"GOOD.TXT"_qs));
         QVERIFY(S_ISREG(modeOf(link)));
-        QCOMPARE(read(link), QByteArray("copy"));
+        QCOMPARE(TestSupport::readFile(link), QByteArray("copy"));
         QCOMPARE(tree(elsewhere.path()), victimExists ? QStringList{victim} : QStringList{});
         if (victimExists)
-            QCOMPARE(read(victim), QByteArray("victim"));
+            QCOMPARE(TestSupport::readFile(victim), QByteArray("victim"));
     }
 
     void takesTheSourcePermissions_data()
@@ -135,16 +123,16 @@ private slots:
         QFETCH(int, oldTargetMode);
         QFETCH(int, expected);
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("a.txt"));
-        const QString target = dir.filePath(QStringLiteral("b.txt"));
-        write(source, "secret");
+        const QString source = dir.filePath(u"a.txt"_qs);
+        const QString target = dir.filePath(u"b.txt"_qs);
+        TestSupport::writeFile(source, "secret");
         QCOMPARE(::chmod(QFile::encodeName(source).constData(), mode_t(sourceMode)), 0);
         if (oldTargetMode) {
-            write(target, "old");
+            TestSupport::writeFile(target, "old");
             QCOMPARE(::chmod(QFile::encodeName(target).constData(), mode_t(oldTargetMode)), 0);
         }
         const mode_t oldMask = ::umask(0); // the mode must not depend on it
-        const bool copied = copyFileInto(source, dir.path(), QStringLiteral("b.txt"));
+        const bool copied = copyFileInto(source, dir.path(), u"b.txt"_qs);
         ::umask(oldMask);
         QVERIFY(copied);
         QCOMPARE(int(modeOf(target) & 07777), expected);
@@ -154,14 +142,14 @@ private slots:
     {
         QTest::addColumn<QString>("storedPath");
         QTest::addColumn<QString>("expected"); // empty: nothing is copied
-        QTest::newRow("path") << QStringLiteral("D:\\JEUX\\CASSE.EXE") << QStringLiteral("CASSE.EXE");
-        QTest::newRow("bare name") << QStringLiteral("CASSE.EXE") << QStringLiteral("CASSE.EXE");
-        QTest::newRow("empty") << QStringLiteral("D:\\JEUX\\") << QString();
-        QTest::newRow("dot") << QStringLiteral("D:\\.") << QString();
-        QTest::newRow("dot dot") << QStringLiteral("D:\\..") << QString();
-        QTest::newRow("slash") << QStringLiteral("D:\\a/b") << QString();
-        QTest::newRow("up and out") << QStringLiteral("../x") << QString();
-        QTest::newRow("nul") << QStringLiteral("D:\\x") + QChar(0) + QStringLiteral("y") << QString();
+        QTest::newRow("path") << u"D:\\JEUX\\CASSE.EXE"_qs << u"CASSE.EXE"_qs;
+        QTest::newRow("bare name") << u"CASSE.EXE"_qs << u"CASSE.EXE"_qs;
+        QTest::newRow("empty") << u"D:\\JEUX\\"_qs << QString();
+        QTest::newRow("dot") << u"D:\\."_qs << QString();
+        QTest::newRow("dot dot") << u"D:\\.."_qs << QString();
+        QTest::newRow("slash") << u"D:\\a/b"_qs << QString();
+        QTest::newRow("up and out") << u"../x"_qs << QString();
+        QTest::newRow("nul") << u"D:\\x"_qs + QChar(0) + u"y"_qs << QString();
     }
 
     // The rule, and the copy that keeps it whatever name its caller passes.
@@ -172,16 +160,16 @@ private slots:
         QCOMPARE(copiedFileName(storedPath), expected);
 
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("source"));
-        write(source, "copy");
-        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("target/a")));
+        const QString source = dir.filePath(u"source"_qs);
+        TestSupport::writeFile(source, "copy");
+        QVERIFY(QDir(dir.path()).mkpath(u"target/a"_qs));
         const QStringList before = tree(dir.path());
         const QString name = storedPath.mid(storedPath.lastIndexOf(QLatin1Char('\\')) + 1);
-        QCOMPARE(copyFileInto(source, dir.filePath(QStringLiteral("target")), name), !expected.isEmpty());
+        QCOMPARE(copyFileInto(source, dir.filePath(u"target"_qs), name), !expected.isEmpty());
         if (expected.isEmpty())
             QCOMPARE(tree(dir.path()), before);
         else
-            QCOMPARE(read(dir.filePath(QStringLiteral("target/") + expected)), QByteArray("copy"));
+            QCOMPARE(TestSupport::readFile(dir.filePath(u"target/"_qs + expected)), QByteArray("copy"));
     }
 
     void readsOnlyARegularSource_data()
@@ -196,21 +184,20 @@ private slots:
     {
         QFETCH(bool, fifo);
         QTemporaryDir dir;
-        const QString source = dir.filePath(QStringLiteral("source"));
+        const QString source = dir.filePath(u"source"_qs);
         if (fifo)
             QCOMPARE(::mkfifo(QFile::encodeName(source).constData(), 0600), 0);
         else
-            QVERIFY(QFile::link(QStringLiteral("/dev/zero"), source));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("target")));
-        QVERIFY(!copyFileInto(source, dir.filePath(QStringLiteral("target")), QStringLiteral("GOOD.TXT")));
-        QCOMPARE(tree(dir.filePath(QStringLiteral("target"))), QStringList{});
+            QVERIFY(QFile::link(u"/dev/zero"_qs, source));
+        QVERIFY(QDir(dir.path()).mkdir(u"target"_qs));
+        QVERIFY(!copyFileInto(source, dir.filePath(u"target"_qs), u"GOOD.TXT"_qs));
+        QCOMPARE(tree(dir.filePath(u"target"_qs)), QStringList{});
     }
 
     void joinsWithoutDoublingTheSeparator()
     {
-        QCOMPARE(pathInDirectory(QStringLiteral("/"), QStringLiteral("A.ICO")), QStringLiteral("/A.ICO"));
-        QCOMPARE(pathInDirectory(QStringLiteral("/tmp/x"), QStringLiteral("A.ICO")), QStringLiteral("/tmp/x/A.ICO"));
-        QCOMPARE(pathInDirectory(QStringLiteral("/tmp/x/"), QStringLiteral("A.ICO")), QStringLiteral("/tmp/x/A.ICO"));
+        QCOMPARE(pathInDirectory(u"/"_qs, u"A.ICO"_qs), u"/A.ICO"_qs);
+        QCOMPARE(pathInDirectory(u"/tmp/x/"_qs, u"A.ICO"_qs), u"/tmp/x/A.ICO"_qs);
     }
 };
 

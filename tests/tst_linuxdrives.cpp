@@ -80,6 +80,14 @@ private slots:
         QCOMPARE(describe(assignDriveLetters(inventory)), expected);
     }
 
+    void twoFloppiesAtMost()
+    {
+        DriveInventory inventory;
+        inventory.floppyDevices = {u"/dev/fd0"_qs, u"/dev/fd1"_qs, u"/dev/fd2"_qs};
+        inventory.mounts = {mount("/", "ext4", "/dev/sda1")};
+        QCOMPARE(describe(assignDriveLetters(inventory)), (QStringList{u"a: floppy "_qs, u"b: floppy "_qs, u"c: disk /"_qs}));
+    }
+
     void lastMountAtAPointIsTheVisibleOne()
     {
         DriveInventory inventory;

@@ -33,6 +33,7 @@ private slots:
         QCOMPARE(localPathOf(u"F:\\SETUP.EXE"_qs, drives), QString());
         QCOMPARE(localPathOf(u"\\JEUX\\CASSE"_qs, drives), QString());
         QCOMPARE(localPathOf(u"D:\\JEUX\\..\\JEUX"_qs, drives), QString());
+        QCOMPARE(localPathOf(u"D:\\"_qs, drives), QString()); // a drive is no file
     }
 };
 

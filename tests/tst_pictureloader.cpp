@@ -1,4 +1,5 @@
 #include "backgroundwork.h"
+#include "fakeservices.h"
 #include "gate.h"
 #include "metafiles.h"
 #include "pictureformats.h"
@@ -6,8 +7,6 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
-#include <QBuffer>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -24,20 +23,6 @@
 using namespace SamplePictures;
 
 namespace {
-
-// Time stands still unless `onRead` moves it.
-class TestClock final : public Clock
-{
-public:
-    QDateTime now() const override
-    {
-        if (onRead)
-            onRead();
-        return current;
-    }
-    QDateTime current{QDate(1998, 5, 4), QTime(9, 0)};
-    std::function<void()> onRead;
-};
 
 enum class Hostile { LinkToZero, Fifo, IconOfHugePngs, JpegOfEmptyScans, WmfOfManyRecords, Padded, EmfShowingFile, EmfShowingFifo };
 
@@ -94,36 +79,26 @@ private slots:
         KALVEX_REQUIRE_PROGRAM(QStringLiteral("convert"));
     }
 
-    // Every variant of the raster formats gives the pattern's pixels back.
+    // Each raster format, in the variant least often read, gives the pattern's pixels back.
     void rasterFormats_data()
     {
-        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("options");
         QTest::addColumn<QString>("target");
         QTest::addColumn<int>("headerBits"); // bits per pixel the BMP header must say; 0: not a BMP
         QTest::addColumn<int>("tolerance");
-        QTest::newRow("BMP 4-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("Palette")}
-                                   << QStringLiteral("BMP3:p4.bmp") << 4 << 0;
-        QTest::newRow("BMP 8-bit RLE") << QStringList{QStringLiteral("-type"), QStringLiteral("Palette"), QStringLiteral("-colors"), QStringLiteral("200"), QStringLiteral("-compress"), QStringLiteral("RLE")}
-                                       << QStringLiteral("BMP3:p8rle.bmp") << 8 << 0;
-        QTest::newRow("BMP 24-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("TrueColor")}
-                                    << QStringLiteral("BMP3:p24.bmp") << 24 << 0;
-        QTest::newRow("BMP 32-bit") << QStringList{QStringLiteral("-type"), QStringLiteral("TrueColorAlpha")}
-                                    << QStringLiteral("BMP:p32.bmp") << 32 << 0;
-        QTest::newRow("GIF interlaced") << QStringList{QStringLiteral("-interlace"), QStringLiteral("GIF")}
-                                        << QStringLiteral("GIF:pi.gif") << 0 << 0;
-        QTest::newRow("JPEG progressive") << QStringList{QStringLiteral("-interlace"), QStringLiteral("JPEG"), QStringLiteral("-quality"), QStringLiteral("100")}
-                                          << QStringLiteral("JPEG:pp.jpg") << 0 << 48;
-        QTest::newRow("JPEG CMYK") << QStringList{QStringLiteral("-colorspace"), QStringLiteral("CMYK"), QStringLiteral("-quality"), QStringLiteral("100")}
-                                   << QStringLiteral("JPEG:pcmyk.jpg") << 0 << 48;
+        QTest::newRow("BMP 8-bit RLE") << u"-type Palette -colors 200 -compress RLE"_qs << u"BMP3:p8rle.bmp"_qs << 8 << 0;
+        QTest::newRow("BMP 32-bit") << u"-type TrueColorAlpha"_qs << u"BMP:p32.bmp"_qs << 32 << 0;
+        QTest::newRow("GIF interlaced") << u"-interlace GIF"_qs << u"GIF:pi.gif"_qs << 0 << 0;
+        QTest::newRow("JPEG progressive") << u"-interlace JPEG -quality 100"_qs << u"JPEG:pp.jpg"_qs << 0 << 48;
     }
     void rasterFormats()
     {
-        QFETCH(QStringList, options);
+        QFETCH(QString, options);
         QFETCH(QString, target);
         QFETCH(int, headerBits);
         QFETCH(int, tolerance);
         const QString file = path(target.section(QLatin1Char(':'), -1));
-        const QByteArray bytes = convert(options, target.section(QLatin1Char(':'), 0, 0) + QLatin1Char(':') + file);
+        const QByteArray bytes = convert(options.split(QLatin1Char(' ')), target.section(QLatin1Char(':'), 0, 0) + QLatin1Char(':') + file);
         QVERIFY(!bytes.isEmpty());
         if (headerBits) {
             QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), headerBits);
@@ -134,35 +109,9 @@ private slots:
         // The name says nothing: the loader judges by content.
         const QString renamed = path(QStringLiteral("NONAME"));
         QVERIFY(TestSupport::writeFile(renamed, bytes));
-        QtPictureLoader loader;
-        QElapsedTimer timer;
-        timer.start();
-        const QImage image = loader.loadPicture(renamed);
-        qInfo("read in %.2f ms", timer.nsecsElapsed() / 1e6);
+        const QImage image = QtPictureLoader().loadPicture(renamed);
         QCOMPARE(image.size(), m_pattern.size());
         QVERIFY2(maxDifference(image, m_pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, m_pattern))));
-    }
-
-    void bitmaps1And8Bits()
-    {
-        const QImage twoColours = bands(40, 20, {Qt::black, Qt::white});
-        twoColours.save(path(QStringLiteral("two.png")));
-        QProcess process;
-        process.start(QStringLiteral("convert"), {path(QStringLiteral("two.png")), QStringLiteral("-type"),
-                                                  QStringLiteral("Bilevel"), QStringLiteral("BMP3:") + path(QStringLiteral("p1.bmp"))});
-        QVERIFY(process.waitForFinished(60000));
-        const QByteArray bytes = TestSupport::readFile(path(QStringLiteral("p1.bmp")));
-        QCOMPARE(int(qFromLittleEndian<quint16>(bytes.constData() + 28)), 1);
-        QCOMPARE(maxDifference(QtPictureLoader::readPicture(bytes), twoColours), 0);
-
-        // ImageMagick writes 8 colours in 4 bits; Qt writes an indexed picture in 8.
-        QByteArray eightBit;
-        QBuffer buffer(&eightBit);
-        buffer.open(QIODevice::WriteOnly);
-        QVERIFY(m_pattern.convertToFormat(QImage::Format_Indexed8).save(&buffer, "BMP"));
-        QCOMPARE(int(qFromLittleEndian<quint16>(eightBit.constData() + 28)), 8);
-        m_samples.append(eightBit);
-        QCOMPARE(maxDifference(QtPictureLoader::readPicture(eightBit), m_pattern), 0);
     }
 
     void animatedGifGivesItsFirstFrame()
@@ -243,16 +192,8 @@ private slots:
         const QByteArray plain = make(QStringLiteral("EEE<&>"));
         m_samples.append(accented);
         QCOMPARE(enhanced ? PictureFormats::emfNaturalSize(accented) : PictureFormats::wmfNaturalSize(accented), QSize(240, 120));
-        QElapsedTimer timer;
-        timer.start();
         const QImage image = QtPictureLoader::readPicture(accented);
-        const qint64 first = timer.elapsed();
-        timer.start();
-        for (int i = 0; i < 10; ++i)
-            QtPictureLoader::readPicture(accented);
-        qInfo("first drawn in %lld ms, then %.1f ms each", first, timer.elapsed() / 10.0);
         QCOMPARE(image.size(), QSize(240, 120));
-        image.save(path(enhanced ? QStringLiteral("emf.png") : QStringLiteral("wmf.png")));
         QCOMPARE(image.pixelColor(60, 60).rgb(), QColor(0, 0, 200).rgb()); // the fill
         QCOMPARE(image.pixelColor(230, 110).rgb(), QColor(Qt::white).rgb()); // the page
         // Text is drawn right of the fill, a quarter down; its accents stand above the capitals.
@@ -397,7 +338,7 @@ private slots:
             while (BackgroundWork::busy())
                 QThread::yieldCurrentThread();
         });
-        TestClock clock;
+        FakeClock clock;
         bool eventsRan = false;
         QTimer::singleShot(0, this, [&eventsRan] { eventsRan = true; });
         clock.onRead = [&clock, &eventsRan] {
@@ -409,7 +350,7 @@ private slots:
         QVERIFY(gate.waitForArrivals(1));
 
         // Refused at once: well before its own deadline.
-        TestClock later;
+        FakeClock later;
         const QDateTime asked = later.current;
         later.onRead = [&later] { later.current = later.current.addSecs(1); };
         bool ran = false;
@@ -419,7 +360,7 @@ private slots:
 
         gate.open();
         QTRY_VERIFY(!BackgroundWork::busy());
-        QCOMPARE(BackgroundWork::call<int>([] { return 7; }, TestClock(), 10000), std::optional<int>(7));
+        QCOMPARE(BackgroundWork::call<int>([] { return 7; }, FakeClock(), 10000), std::optional<int>(7));
     }
 
     void headers()
@@ -448,12 +389,11 @@ private slots:
         QCOMPARE(PictureFormats::emfNaturalSize(emf(100, 50, Qt::white, Qt::red, QStringLiteral("x")).left(43)), QSize());
     }
 
-    // Truncated and bit-flipped files of every format: no crash, no hang, an image or nothing.
+    // Truncated and bit-flipped files of every format: no crash, no hang, nothing past the bound.
     void fuzz()
     {
         QVERIFY(m_samples.size() >= 10);
         QRandomGenerator random(13);
-        int tried = 0;
         for (const QByteArray &sample : std::as_const(m_samples)) {
             for (int i = 0; i < 12; ++i) {
                 QByteArray broken = sample;
@@ -466,12 +406,10 @@ private slots:
                     }
                 }
                 const QImage image = QtPictureLoader::readPicture(broken);
-                QVERIFY(image.isNull() || (image.width() <= 8000 && image.height() <= 8000));
+                QVERIFY(qint64(image.width()) * image.height() <= PictureFormats::kLargestPicturePixels);
                 QtPictureLoader::readIconImages(broken);
-                ++tried;
             }
         }
-        qInfo("%d broken files read", tried);
     }
 };
 

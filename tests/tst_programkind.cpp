@@ -32,6 +32,7 @@ private slots:
         QTest::newRow("DOS: no new header") << mzImage(0, "") << int(ProgramKind::Dos);
         QTest::newRow("DOS: offset to other bytes") << mzImage(0x40, "LE\0\0") << int(ProgramKind::Dos);
         QTest::newRow("DOS: offset past the head") << mzImage(0x10000, "") << int(ProgramKind::Dos);
+        QTest::newRow("NE in the head's last bytes") << mzImage(0x1FE, "NE") << int(ProgramKind::Windows);
         QTest::newRow("DOS: PE cut short") << mzImage(0x1FF, "P") << int(ProgramKind::Dos);
         QTest::newRow("DOS: header too short") << QByteArray("MZ\x90\x00", 4) << int(ProgramKind::Dos);
     }

@@ -45,6 +45,8 @@ private slots:
         QTest::newRow("high") << QSize(50, 250) << QSize(40, 300) << true << QRect(-5, 25, 50, 250);
         // Square and not smaller than the frame: neither drawn nor cleared.
         QTest::newRow("square") << QSize(500, 500) << QSize(400, 300) << false << QRect();
+        // As wide as the frame is not smaller: a square one is left alone.
+        QTest::newRow("square, frame's width") << QSize(300, 300) << QSize(300, 400) << false << QRect();
         // Halves round to even: (401 - 100) / 2 = 150.5 gives 150, (301 - 80) / 2 = 110.5 gives 110.
         QTest::newRow("halves") << QSize(100, 80) << QSize(401, 301) << true << QRect(150, 110, 100, 80);
         // More than twice as wide as the frame: factor 0, cleared and empty.
@@ -101,6 +103,7 @@ private slots:
         // Windows-1252, CR LF lines, and nothing from the DOS end-of-file mark on.
         QCOMPARE(ViewerRules::decodeText(QByteArray("\xc9t\xe9\r\n\xc0 lire\x1a\x1a junk")),
                  QStringLiteral("Été\nÀ lire"));
+        QCOMPARE(ViewerRules::decodeText(QByteArray("\x1a junk")), QString()); // a mark first: nothing
         QTemporaryDir dir;
         const QString empty = dir.filePath(QStringLiteral("VIDE.TXT"));
         QVERIFY(TestSupport::writeFile(empty, {}));
@@ -122,7 +125,7 @@ private slots:
         QTest::newRow("20 MB of NUL bytes") << u"nul"_qs << QString(QChar(0)) << cut;
         QTest::newRow("20 MB line of A") << u"A"_qs << u"A"_qs << cut;
         QTest::newRow("end mark within the limit") << u"mark"_qs << u"A"_qs << qsizetype(10);
-        QTest::newRow("exactly the limit") << u"limit"_qs << u"A"_qs << qsizetype(ViewerRules::kShownTextBytes);
+        QTest::newRow("exactly the limit, 1 MB") << u"limit"_qs << u"A"_qs << qsizetype(1 << 20);
     }
 
     void hostileTextFiles()
@@ -139,7 +142,7 @@ private slots:
         else if (kind == u"mark")
             QVERIFY(TestSupport::writeFile(path, QByteArray(10, 'A') + '\x1a' + QByteArray(3 << 20, 'B')));
         else if (kind == u"limit")
-            QVERIFY(TestSupport::writeFile(path, QByteArray(ViewerRules::kShownTextBytes, 'A')));
+            QVERIFY(TestSupport::writeFile(path, QByteArray(1 << 20, 'A')));
         else
             QVERIFY(TestSupport::writeFile(path, QByteArray(20 << 20, kind == u"nul" ? '\0' : 'A')));
         const QString text = ViewerRules::readWholeText(path);
