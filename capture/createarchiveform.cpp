@@ -1,6 +1,7 @@
 #include "createarchiveform.h"
 
 #include "archivefile.h"
+#include "archivename.h"
 #include "archivelists.h"
 #include "datadirectory.h"
 #include "dialogs.h"
@@ -10,7 +11,6 @@
 #include "foundlistmodel.h"
 #include "listprintout.h"
 #include "walkthread.h"
-#include "windows1252.h"
 
 #include <QApplication>
 #include <QDir>
@@ -31,7 +31,6 @@ const QString kDriveHint = QStringLiteral(
     "Choisissez ci-dessous le lecteur où se trouve le support que vous souhaitez archiver : a ,b ,d ,f ,g "
     ",...la lettre du premier lecteur CD-ROM rencontré est : ");
 const QString kFound = QStringLiteral(" fichiers trouvés");
-constexpr int kMaxNameLength = 8;
 constexpr int kRefreshMs = 5;
 // The found list takes new rows about once a screen frame: each addition lays the list out and
 // repaints its rows (a few milliseconds for long paths), which at every tick kept the window's
@@ -265,23 +264,12 @@ void CreateArchiveForm::create()
     m_endNotice->hide();
     m_foundModel->clear();
 
-    if (m_name->text().size() > kMaxNameLength) {
-        m_dialogs.message(QStringLiteral("Nom trop long (8 caractères maxi)"));
-        return;
-    }
-    m_name->setText(Windows1252::toUpper(m_name->text()));
-    // A name that would reach outside the archive folder ("../../AB", "/TMPX") is no name of a
-    // file: it gets the message that says what a name looks like.
-    if (m_name->text().isEmpty() || !ArchiveFile::isPlainName(m_name->text())) {
-        m_dialogs.message(QStringLiteral("Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"));
-        return;
-    }
-    // The name is refused, not the type: any other drive, hard disk or not, is scanned.
     const QString drive = m_driveChooser->currentName();
-    if (drive == QLatin1String("c:")) {
-        m_dialogs.message(QStringLiteral("Ce logiciel est destiné uniquement à archiver des CD-Rom ou des disquettes, "
-                                         "vous ne pouvez pas archiver un disque dur. ")
-                          + m_driveHint->text());
+    const ArchiveNameCheck checked = checkArchiveName(m_name->text(), drive, m_driveHint->text());
+    if (!checked.name.isEmpty())
+        m_name->setText(checked.name);
+    if (!checked.refusal.isEmpty()) {
+        m_dialogs.message(checked.refusal);
         return;
     }
 

@@ -15,28 +15,23 @@ class tst_ArchiveFile : public QObject
     Q_OBJECT
 
 private slots:
-    void writesQuotedLinesWithCrLf()
+    // Written whole or not at all: quoted lines with CR LF, bytes as they are, an old archive
+    // replaced with its permissions kept, and kept as it is when the new list is empty.
+    void writesQuotedLinesWithCrLfReplacingWhole()
     {
         QTemporaryDir dir;
-        const QList<QByteArray> entries = {"d:\\JEUX", "d:\\LISEZMOI.TXT", "d:\\SETUP.EXE", "d:\\JEUX\\.",
-                                           "d:\\JEUX\\..", "d:\\JEUX\\CASSE.EXE"};
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCFUN75"), entries));
-        QCOMPARE(readFile(dir.filePath(QStringLiteral("PCFUN75.lst"))),
-                 QByteArray("\"d:\\JEUX\"\r\n\"d:\\LISEZMOI.TXT\"\r\n\"d:\\SETUP.EXE\"\r\n\"d:\\JEUX\\.\"\r\n"
-                            "\"d:\\JEUX\\..\"\r\n\"d:\\JEUX\\CASSE.EXE\"\r\n"));
-        // Bytes are written as they are: an accented name stays one Windows-1252 byte.
-        QCOMPARE(ArchiveFile::encode({"d:\\CAF\xC9"}), QByteArray("\"d:\\CAF\xC9\"\r\n"));
-    }
-
-    void emptyListWritesNoFileAndKeepsTheOldOne()
-    {
-        QTemporaryDir dir;
-        QVERIFY(!ArchiveFile::write(dir.path(), QStringLiteral("VIDE"), {}));
-        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("VIDE.lst"))));
-
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("OLD.lst")), "\"d:\\A\"\r\n"));
-        QVERIFY(!ArchiveFile::write(dir.path(), QStringLiteral("OLD"), {}));
-        QCOMPARE(readFile(dir.filePath(QStringLiteral("OLD.lst"))), QByteArray("\"d:\\A\"\r\n"));
+        const QString path = dir.filePath(u"PCFUN75.lst"_qs);
+        QVERIFY(ArchiveFile::write(dir.path(), u"PCFUN75"_qs, {"d:\\A", "d:\\B", "d:\\C"}));
+        QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+        QVERIFY(ArchiveFile::write(dir.path(), u"PCFUN75"_qs, {"d:\\JEUX", "d:\\JEUX\\.", "d:\\CAF\xC9"}));
+        QCOMPARE(readFile(path), QByteArray("\"d:\\JEUX\"\r\n\"d:\\JEUX\\.\"\r\n\"d:\\CAF\xC9\"\r\n"));
+        QVERIFY(!QFileInfo(path).permissions().testFlag(QFileDevice::ReadOther));
+        QVERIFY(!ArchiveFile::write(dir.path(), u"PCFUN75"_qs, {}));
+        QVERIFY(!ArchiveFile::write(dir.path(), u"VIDE"_qs, {}));
+        QVERIFY(!ArchiveFile::write(dir.filePath(u"absent/deeper"_qs), u"X"_qs, {"d:\\A"}));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"PCFUN75.lst"_qs});
+        QCOMPARE(readFile(path), QByteArray("\"d:\\JEUX\"\r\n\"d:\\JEUX\\.\"\r\n\"d:\\CAF\xC9\"\r\n"));
     }
 
     void largeArchivesAreWrittenWholeAcrossWriteBuffers()
@@ -47,42 +42,10 @@ private slots:
             entries.append("d:\\DOSSIER " + QByteArray::number(i) + '\\' + QByteArray(i % 97, char('A' + i % 26)));
         entries.insert(2500, "d:\\" + QByteArray(200 * 1024, 'L'));
         QTemporaryDir dir;
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("GROS"), entries));
-        QCOMPARE(readFile(dir.filePath(QStringLiteral("GROS.lst"))), ArchiveFile::encode(entries));
-
-        // A writer given nothing leaves no file, even a temporary one.
-        ArchiveWriter writer(dir.path(), QStringLiteral("RIEN"));
-        QVERIFY(!writer.commit());
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("GROS.lst")});
-    }
-
-    void existingArchiveIsReplacedWhole()
-    {
-        QTemporaryDir dir;
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCMAG13"), {"d:\\A", "d:\\B", "d:\\C"}));
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCMAG13"), {"d:\\Z"}));
-        QCOMPARE(readFile(dir.filePath(QStringLiteral("PCMAG13.lst"))), QByteArray("\"d:\\Z\"\r\n"));
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("PCMAG13.lst")});
-    }
-
-    void replacedArchiveKeepsItsPermissions()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("PCFUN75.lst"));
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCFUN75"), {"d:\\A"}));
-        QVERIFY(QFileInfo(path).permissions().testFlag(QFileDevice::ReadOther));
-        QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
-        QVERIFY(ArchiveFile::write(dir.path(), QStringLiteral("PCFUN75"), {"d:\\B"}));
-        QVERIFY(!QFileInfo(path).permissions().testFlag(QFileDevice::ReadOther));
-        QCOMPARE(readFile(path), QByteArray("\"d:\\B\"\r\n"));
-    }
-
-    void unwritableFolderLeavesNothingHalfWritten()
-    {
-        QTemporaryDir dir;
-        const QString missing = dir.filePath(QStringLiteral("absent/deeper"));
-        QVERIFY(!ArchiveFile::write(missing, QStringLiteral("X"), {"d:\\A"}));
-        QVERIFY(!QFile::exists(missing));
+        QVERIFY(ArchiveFile::write(dir.path(), u"GROS"_qs, entries));
+        QCOMPARE(readFile(dir.filePath(u"GROS.lst"_qs)), ArchiveFile::encode(entries));
+        QVERIFY(!ArchiveWriter(dir.path(), u"RIEN"_qs).commit()); // nothing given, no file
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"GROS.lst"_qs});
     }
 
     // A typed name is a name, never a path: nothing is written outside the folder, nor in it.
@@ -119,11 +82,9 @@ private slots:
     {
         QTemporaryDir dir;
         for (const char *name : {"pcmag13.lst", "PCFUN75.lst", "Zeta.LST", "notes.txt", "B.lst.bak"})
-            QVERIFY(writeFile(dir.filePath(QLatin1String(name)), "\"d:\\A\"\r\n"));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("DIR.lst")));
-        QCOMPARE(ArchiveFile::list(dir.path()),
-                 (QStringList{QStringLiteral("PCFUN75.lst"), QStringLiteral("pcmag13.lst"), QStringLiteral("Zeta.LST")}));
-        QVERIFY(ArchiveFile::list(dir.filePath(QStringLiteral("absent"))).isEmpty());
+            QVERIFY(writeFile(dir.filePath(QLatin1String(name)), "x"));
+        QVERIFY(QDir(dir.path()).mkdir(u"DIR.lst"_qs));
+        QCOMPARE(ArchiveFile::list(dir.path()), (QStringList{u"PCFUN75.lst"_qs, u"pcmag13.lst"_qs, u"Zeta.LST"_qs}));
     }
 
     void readerTakesLinesWhole_data()
@@ -147,6 +108,8 @@ private slots:
         QFETCH(QList<QByteArray>, lines);
         QCOMPARE(ArchiveReader::lines(data), lines);
     }
+
+
 
     void readerCopesWithAHugeSingleLine()
     {

@@ -8,31 +8,29 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-// Unmounts on every way out of the test, a failed check included.
-struct Mount
-{
-    explicit Mount(QString point)
-        : mountPoint(std::move(point))
-    {
-    }
-    ~Mount()
-    {
-        if (mounted)
-            TestSupport::unmountFuse(mountPoint);
-    }
-    QString mountPoint;
-    bool mounted = false;
-};
-
 void makeFile(const QDir &root, const QString &path)
 {
     QVERIFY(root.mkpath(QFileInfo(root.filePath(path)).path()));
     QVERIFY(TestSupport::writeFile(root.filePath(path), "x"));
+}
+
+QList<QByteArray> walk(Drives &drives, const QString &letter)
+{
+    LinuxDirectoryLister lister;
+    FileFinder finder(drives, lister);
+    finder.setChemin(letter);
+    finder.setCriteres(u"*.*"_qs);
+    finder.Rechercher();
+    QList<QByteArray> entries;
+    for (int i = 1; i <= finder.count(); ++i)
+        entries.append(finder.Lire_Fichiers(i));
+    return entries;
 }
 
 } // namespace
@@ -68,28 +66,21 @@ private slots:
                      &output),
                  qPrintable(output));
 
-        Mount mount(base.filePath(u"mnt"_qs));
-        QVERIFY2(TestSupport::run(u"fuseiso"_qs, {u"-c"_qs, u"UTF-8"_qs, image, mount.mountPoint}, &output), qPrintable(output));
-        mount.mounted = true;
+        const QString mountPoint = base.filePath(u"mnt"_qs);
+        QVERIFY2(TestSupport::run(u"fuseiso"_qs, {u"-c"_qs, u"UTF-8"_qs, image, mountPoint}, &output), qPrintable(output));
+        const auto unmount = qScopeGuard([&] { TestSupport::unmountFuse(mountPoint); });
 
         LinuxDrives drives;
         QString letter;
         for (const Drive &drive : drives.drives()) {
-            if (drive.mountPoint == mount.mountPoint) {
+            if (drive.mountPoint == mountPoint) {
                 QCOMPARE(drive.type, DriveType::CdRom);
                 letter = drive.name;
             }
         }
         QVERIFY2(!letter.isEmpty(), "the mounted image is not a drive");
 
-        LinuxDirectoryLister lister;
-        FileFinder finder(drives, lister);
-        finder.setChemin(letter);
-        finder.setCriteres(u"*.*"_qs);
-        finder.Rechercher();
-        QList<QByteArray> entries;
-        for (int i = 1; i <= finder.count(); ++i)
-            entries.append(finder.Lire_Fichiers(i));
+        const QList<QByteArray> entries = walk(drives, letter);
         QVERIFY(ArchiveFile::write(base.filePath(u"Divers"_qs), u"DISQUE"_qs, entries));
 
         QByteArray expected;
@@ -117,16 +108,11 @@ private slots:
             QString path;
         } treeDrive;
         treeDrive.path = tree.path();
-        FileFinder onDisk(treeDrive, lister);
-        onDisk.setChemin(u"d:"_qs);
-        onDisk.setCriteres(u"*.*"_qs);
-        onDisk.Rechercher();
-        QList<QByteArray> fromDisk;
-        for (int i = 1; i <= onDisk.count(); ++i)
-            fromDisk.append(onDisk.Lire_Fichiers(i).mid(2));
-        QList<QByteArray> fromDisc;
-        for (const QByteArray &entry : entries)
-            fromDisc.append(entry.mid(2));
+        QList<QByteArray> fromDisk = walk(treeDrive, u"d:"_qs), fromDisc = entries;
+        for (QByteArray &entry : fromDisk)
+            entry.remove(0, 2);
+        for (QByteArray &entry : fromDisc)
+            entry.remove(0, 2);
         QCOMPARE(fromDisk, fromDisc);
     }
 };

@@ -17,48 +17,29 @@ class tst_DataDirectory : public QObject
     Q_OBJECT
 
 private slots:
-    void freshDirectoryGainsExactlyTheFiveFolders()
+    void startUpAddsTheMissingDefaultFoldersAndKeepsTheRest()
     {
         QTemporaryDir dir;
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("kalvex2")), "program"));
+        QVERIFY(writeFile(dir.filePath(u"kalvex2"_qs), "program"));
         const DataDirectory data(dir.path());
         data.startUp();
         QCOMPARE(QDir::currentPath(), QDir(dir.path()).canonicalPath());
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted).size(), 5);
-        for (const QString &folder : DataDirectory::defaultFolders())
-            QVERIFY(QDir(dir.filePath(folder)).isEmpty());
-        QCOMPARE(data.archiveFolders(), (QStringList{QStringLiteral("Divers"), QStringLiteral("Images"),
-                                                     QStringLiteral("Internet"), QStringLiteral("Musique"),
-                                                     QStringLiteral("Photos")}));
-        QCOMPARE(data.storedPath(), dir.path() + QLatin1Char('/'));
-        QCOMPARE(data.folderPath(QStringLiteral("Divers")), dir.path() + QStringLiteral("/Divers"));
-    }
+        QCOMPARE(data.archiveFolders(), (QStringList{u"Divers"_qs, u"Images"_qs, u"Internet"_qs, u"Musique"_qs, u"Photos"_qs}));
+        QCOMPARE(data.storedPath(), dir.path() + u'/');
+        QCOMPARE(data.folderPath(u"Divers"_qs), dir.path() + u"/Divers"_qs);
 
-    void existingArchivesAndUserFoldersAreKept()
-    {
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("Divers")));
-        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("Jeux")));
-        QVERIFY(ArchiveFile::write(dir.filePath(QStringLiteral("Divers")), QStringLiteral("PCFUN75"), {"d:\\A"}));
-        const DataDirectory data(dir.path());
+        QVERIFY(QDir(dir.path()).mkpath(u"Jeux"_qs));
+        QVERIFY(ArchiveFile::write(dir.filePath(u"Divers"_qs), u"PCFUN75"_qs, {"d:\\A"}));
+        QVERIFY(QDir(dir.filePath(u"Photos"_qs)).removeRecursively());
         data.startUp();
-        data.startUp(); // a second start changes nothing
-        QCOMPARE(readFile(dir.filePath(QStringLiteral("Divers/PCFUN75.lst"))), QByteArray("\"d:\\A\"\r\n"));
-        QVERIFY(data.archiveFolders().contains(QStringLiteral("Jeux")));
+        QCOMPARE(readFile(dir.filePath(u"Divers/PCFUN75.lst"_qs)), QByteArray("\"d:\\A\"\r\n"));
         QCOMPARE(data.archiveFolders().size(), 6);
+        QVERIFY(data.archiveFolders().contains(u"Photos"_qs));
 
-        QVERIFY(QDir(dir.filePath(QStringLiteral("Photos"))).removeRecursively());
-        data.startUp();
-        QVERIFY(QDir(dir.filePath(QStringLiteral("Photos"))).exists());
-    }
-
-    void missingDataDirectoryIsNotCreated()
-    {
-        QTemporaryDir dir;
-        const DataDirectory data(dir.filePath(QStringLiteral("gone/away")));
-        data.startUp();
-        QVERIFY(!QDir(dir.filePath(QStringLiteral("gone"))).exists());
-        QVERIFY(data.archiveFolders().isEmpty());
+        const DataDirectory missing(dir.filePath(u"gone/away"_qs)); // never created
+        missing.startUp();
+        QVERIFY(!QDir(dir.filePath(u"gone"_qs)).exists());
+        QVERIFY(missing.archiveFolders().isEmpty());
     }
 
     void readOnlyDataDirectoryStartsWithWhatItHas()

@@ -1,3 +1,4 @@
+#include "extensionentry.h"
 #include "extensiontable.h"
 #include "tablefile.h"
 #include "testsupport.h"
@@ -37,6 +38,37 @@ private slots:
         QCOMPARE(TableFile::encode({line}), bytes);
         // "&" in column 11, 12 or 13 (from 1): the blanks are a fixed run, not a column.
         QCOMPARE(line.indexOf(u'&') + 1, 10 + extension.size());
+        if (extension.size() == 3) { // read back by the columns a three-letter entry fits
+            QCOMPARE(ExtensionEntry::classCode(line), code);
+            QCOMPARE(ExtensionEntry::program(line), program);
+        }
+    }
+
+    // The first failing check, in order: program, class, extension, its length.
+    void refusal_data()
+    {
+        QTest::addColumn<QString>("extension");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("message");
+        const QString noProgram = u"Vous devez associer un logiciel à chaque nouvelle extension !"_qs;
+        QTest::newRow("nothing") << QString() << 0 << QString() << noProgram;
+        QTest::newRow("no program only") << u"txt"_qs << 4 << QString() << noProgram;
+        QTest::newRow("no program, all else wrong") << u"jpeg"_qs << 0 << QString() << noProgram;
+        QTest::newRow("no class") << u"jpeg"_qs << 0 << u"/E"_qs << u"Vous devez choisir une classification du fichier !"_qs;
+        QTest::newRow("no extension") << QString() << 1 << u"/E"_qs << u"Vous n'avez pas donné de nom à l'extension !"_qs;
+        QTest::newRow("four") << u"jpeg"_qs << 9 << u"/E"_qs << u"Nom trop long (3 caractères maxi)"_qs;
+        QTest::newRow("three") << u"txt"_qs << 4 << u"/E"_qs << QString();
+        QTest::newRow("one") << u"c"_qs << 9 << u"/E"_qs << QString();
+    }
+
+    void refusal()
+    {
+        QFETCH(QString, extension);
+        QFETCH(int, code);
+        QFETCH(QString, program);
+        QFETCH(QString, message);
+        QCOMPARE(ExtensionTable::refusal(extension, code, program), message);
     }
 
     void programPathJoinsOnceAndDropsProgramExtensions_data()

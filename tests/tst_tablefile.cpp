@@ -54,6 +54,7 @@ private slots:
         QTest::newRow("comma splits") << QByteArray("TXT         &4C:\\PROG, V2\\EDIT\r\n")
                                       << QStringList{u"TXT         &4C:\\PROG"_qs, u"V2\\EDIT"_qs};
         QTest::newRow("leading blanks only") << QByteArray("   a  ,  b \r\n") << QStringList{u"a  "_qs, u"b "_qs};
+        QTest::newRow("leading tabs too") << QByteArray("\t a\t,\tb\r\n") << QStringList{u"a\t"_qs, u"b"_qs};
         QTest::newRow("empty line is an empty item") << QByteArray("a\r\n\r\nb\r\n")
                                                      << QStringList{u"a"_qs, QString(), u"b"_qs};
         QTest::newRow("bare lf, no last end") << QByteArray("a\nb") << QStringList{u"a"_qs, u"b"_qs};
