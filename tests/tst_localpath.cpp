@@ -16,6 +16,7 @@ private slots:
         QTemporaryDir disc;
         QVERIFY(disc.isValid());
         QVERIFY(QDir(disc.path()).mkpath(u"Jeux/Casse"_qs));
+        QVERIFY(QDir(disc.path()).mkpath(u".cache"_qs)); // a hidden name is a name like any other
         QFile file(disc.filePath(u"Jeux/Casse/casse.exe"_qs));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.close();
@@ -26,6 +27,7 @@ private slots:
         QCOMPARE(localPathOf(u"D:\\JEUX\\CASSE\\CASSE.EXE"_qs, drives),
                  disc.filePath(u"Jeux/Casse/casse.exe"_qs));
         QCOMPARE(localPathOf(u"d:\\jeux"_qs, drives), disc.filePath(u"Jeux"_qs));
+        QCOMPARE(localPathOf(u"D:\\.CACHE"_qs, drives), disc.filePath(u".cache"_qs));
         // Missing file, missing drive, no medium, no letter, escaping components: nothing.
         QCOMPARE(localPathOf(u"D:\\JEUX\\AUTRE.EXE"_qs, drives), QString());
         QCOMPARE(localPathOf(u"E:\\SETUP.EXE"_qs, drives), QString());
