@@ -158,6 +158,19 @@ private slots:
         QCOMPARE(drives.find(u"F:\\"_qs)->mountPoint, u"/media/d"_qs);
     }
 
+    // Every letter from d: to z: held: a new volume gets none rather than a letter twice.
+    void aNewVolumeWithoutAFreeLetterIsLeftOut()
+    {
+        QList<Drive> shown;
+        for (int letter = 3; letter <= 25; ++letter) {
+            const QString point = u"/media/v"_qs + QString::number(letter);
+            shown.append({QString(QChar(u'a' + letter)) + u":"_qs, DriveType::Fixed, point, {}, point});
+        }
+        QList<Drive> fresh = shown;
+        fresh.append({u"d:"_qs, DriveType::Fixed, u"/media/new"_qs, {}, u"/media/new"_qs});
+        QCOMPARE(keepLetters(shown, fresh), shown);
+    }
+
     void driveHoldingPicksTheDeepestMountPoint()
     {
         const QList<Drive> drives = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
