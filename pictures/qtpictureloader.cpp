@@ -141,14 +141,12 @@ QList<QImage> QtPictureLoader::readIconImages(const QByteArray &data)
 
 QByteArray QtPictureLoader::readPictureFile(const QString &path)
 {
-    {
-        // A file already too large is refused without reading a byte (a whole CD's worth of it).
-        const RegularFile file(path);
-        if (!file.isOpen() || file.sizeAtOpening() > kLargestFile)
-            return {};
-    }
+    // A file already too large is refused without reading a byte (a whole CD's worth of it).
+    RegularFile file(path);
+    if (!file.isOpen() || file.sizeAtOpening() > kLargestFile)
+        return {};
     bool whole = false; // a file that grew since
-    const QByteArray data = readRegularFile(path, kLargestFile, &whole);
+    const QByteArray data = readRegularFile(file, kLargestFile, &whole);
     return whole ? data : QByteArray();
 }
 

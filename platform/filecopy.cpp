@@ -1,5 +1,7 @@
 #include "filecopy.h"
 
+#include "regularfile.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QRandomGenerator>
@@ -69,14 +71,12 @@ bool writeAll(int fd, const char *data, qint64 count)
 }
 
 // Copies at most `size` bytes: a file that grows while it is read does not feed the copy for ever.
-bool copyBytes(int from, int to, qint64 size)
+bool copyBytes(RegularFile &from, int to, qint64 size)
 {
     constexpr qint64 chunkSize = 1 << 20;
     QByteArray buffer(std::min(size, chunkSize), Qt::Uninitialized);
     while (size > 0) {
-        const ssize_t got = ::read(from, buffer.data(), size_t(std::min(size, chunkSize)));
-        if (got < 0 && errno == EINTR)
-            continue;
+        const qint64 got = from.read(buffer.data(), std::min(size, chunkSize));
         if (got < 0)
             return false;
         if (got == 0)
@@ -104,11 +104,10 @@ bool copyFileInto(const QString &source, const QString &directory, const QString
     if (fileName.isEmpty() || copiedFileName(fileName) != fileName || directory.contains(QChar(0)))
         return false;
 
-    // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer, for ever.
-    const Descriptor input(::open(QFile::encodeName(source).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    struct stat from{};
-    if (!input.isOpen() || ::fstat(input.fd(), &from) != 0 || !S_ISREG(from.st_mode))
+    RegularFile input(source);
+    if (!input.isOpen())
         return false;
+    const struct stat &from = input.status();
     const Descriptor folder(::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder.isOpen())
         return false;
@@ -134,7 +133,7 @@ bool copyFileInto(const QString &source, const QString &directory, const QString
     if (!output.isOpen())
         return false;
     // fchmod, not the creation mode: the umask must neither widen nor narrow the source's bits.
-    const bool done = copyBytes(input.fd(), output.fd(), from.st_size)
+    const bool done = copyBytes(input, output.fd(), from.st_size)
                       && ::fchmod(output.fd(), from.st_mode & 0777) == 0 && ::fsync(output.fd()) == 0;
     if (output.close() && done && ::renameat(folder.fd(), temporary.constData(), folder.fd(), name.constData()) == 0)
         return true;

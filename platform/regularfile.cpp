@@ -15,13 +15,12 @@ RegularFile::RegularFile(const QString &path)
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return;
-    struct stat info{};
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (::fstat(fd, &m_status) != 0 || !S_ISREG(m_status.st_mode)) {
         ::close(fd);
+        m_status = {};
         return;
     }
     m_fd = fd;
-    m_size = info.st_size;
 }
 
 RegularFile::~RegularFile()
@@ -55,7 +54,7 @@ void RegularFile::adviseWillNeed()
 
 bool RegularFile::startIsCached() const
 {
-    if (m_fd < 0 || m_size == 0)
+    if (m_fd < 0 || m_status.st_size == 0)
         return true;
     char byte = 0;
     iovec into{&byte, 1};
@@ -65,9 +64,14 @@ bool RegularFile::startIsCached() const
 
 QByteArray readRegularFile(const QString &path, qint64 limit, bool *whole)
 {
+    RegularFile file(path);
+    return readRegularFile(file, limit, whole);
+}
+
+QByteArray readRegularFile(RegularFile &file, qint64 limit, bool *whole)
+{
     if (whole)
         *whole = false;
-    RegularFile file(path);
     if (!file.isOpen())
         return {};
     // One byte past the limit tells whether the file ends within it.
