@@ -111,8 +111,6 @@ private slots:
         QCOMPARE(ArchiveReader::lines(data), lines);
     }
 
-
-
     void readerCopesWithAHugeSingleLine()
     {
         QByteArray huge(50 * 1024 * 1024, 'x');

@@ -3,7 +3,6 @@
 #include "datadirectory.h"
 #include "fakeservices.h"
 #include "gate.h"
-#include "searchrun.h"
 #include "testsupport.h"
 
 #include <QAbstractItemModelTester>
@@ -179,18 +178,11 @@ private slots:
         QVERIFY(!f.noticeShown());
     }
 
-    void theArchiveGoesWhereTheFolderAndNameSayWhenTheWalkEnds_data()
-    {
-        QTest::addColumn<QString>("folder");
-        QTest::newRow("same folder, another name") << u"Divers"_qs;
-        QTest::newRow("another folder and name") << u"Photos"_qs;
-    }
-
     // The archive is written while the walk runs; a folder or a name chosen meanwhile still
     // decides where it goes.
     void theArchiveGoesWhereTheFolderAndNameSayWhenTheWalkEnds()
     {
-        QFETCH(QString, folder);
+        const QString folder = u"Photos"_qs;
         Fixture f;
         f.fakes.directoryLister.set("/cd/", {{"A", true}, {"B", true}, {"C.TXT"}});
         f.fakes.directoryLister.set("/cd/A/", {{"X.TXT"}});
@@ -271,40 +263,6 @@ private slots:
 
         f.press(u"FERME"_qs); // the next scan runs whole, into the folder now chosen
         QCOMPARE(TestSupport::readFile(f.archive(f.data.archiveFolders().first(), u"FERME.lst"_qs)), kWholeCd);
-    }
-
-    // Scans of a large and a small medium one after the other, with searches between: each
-    // archive and found list holds its own medium's entries and nothing of the last one's.
-    void largeAndSmallScansInTurnNeverMix()
-    {
-        Fixture f;
-        f.fakes.drives.list.append({u"g:"_qs, DriveType::Removable, u"/clip"_qs});
-        QList<FakeDirectoryLister::Item> many, few;
-        for (int i = 0; i < 3000; ++i)
-            many.append({"GROS" + QByteArray::number(i) + ".WMF"});
-        for (int i = 0; i < 6; ++i)
-            few.append({"CLIP" + QByteArray::number(i) + ".WMF"});
-        f.fakes.directoryLister.set("/cd/", many);
-        f.fakes.directoryLister.set("/clip/", few);
-        auto *drive = child<QComboBox>(&f.window(), u"driveChooser"_qs);
-        for (int round = 0; round < 8; ++round) {
-            drive->setCurrentText(u"e:"_qs);
-            f.press(u"GROSDVD"_qs);
-            SearchRequest search;
-            search.kind = SearchKind::Extension;
-            search.term = searchTerm(u"WMF"_qs);
-            search.archives = {{f.archive(u"Divers"_qs, u"GROSDVD.lst"_qs), u"GROSDVD"_qs}};
-            search.rowLimit = 30000;
-            QCOMPARE(SearchRun::runAndWait(search).size(), 3000);
-            drive->setCurrentText(u"g:"_qs);
-            f.press(u"CLIPART"_qs);
-            QCOMPARE(f.text(u"counter"_qs), u"6 fichiers trouvés"_qs);
-            QCOMPARE(f.foundRows(), 6);
-            const QList<QByteArray> lines =
-                ArchiveReader::lines(TestSupport::readFile(f.archive(u"Divers"_qs, u"CLIPART.lst"_qs)));
-            QCOMPARE(lines.size(), 6);
-            QCOMPARE(lines.last(), QByteArray("\"g:\\CLIP5.WMF\""));
-        }
     }
 };
 

@@ -9,15 +9,11 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRandomGenerator>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
-#include <algorithm>
-#include <functional>
 
 #include <sys/stat.h>
 
@@ -62,21 +58,6 @@ public:
     LinuxDirectoryLister real;
     QByteArray toRemove;
 };
-
-// A tree of `directories` nested at random depths, a few files in each.
-void makeRandomTree(const QString &root, int directories)
-{
-    QRandomGenerator random(7);
-    QStringList made = {root};
-    for (int i = 0; i < directories; ++i) {
-        const QString parent = made[random.bounded(int(made.size()))];
-        const QString child = parent + u"/D%1"_qs.arg(random.bounded(1000));
-        if (QDir().mkpath(child))
-            made.append(child);
-        for (int f = int(random.bounded(4)); f > 0; --f)
-            TestSupport::writeFile(child + u"/f%1.txt"_qs.arg(random.bounded(100)), "x");
-    }
-}
 
 } // namespace
 
@@ -320,33 +301,6 @@ private slots:
         QVERIFY(!finder.State());
     }
 
-    void cancelledFromAnotherThreadKeepsAWholePrefix()
-    {
-        QTemporaryDir dir;
-        makeRandomTree(dir.path(), 600);
-        FakeDrives drives = cdAt(dir.path());
-        LinuxDirectoryLister lister;
-        FileFinder whole(drives, lister);
-        search(whole);
-        QVERIFY(whole.count() > 1000);
-        const QList<QByteArray> all = results(whole);
-
-        FileFinder finder(drives, lister);
-        for (int round = 0; round < 20; ++round) {
-            finder.setChemin(u"d:"_qs);
-            WalkThread walk(finder);
-            walk.start();
-            while (finder.count() < 50 * round && finder.State())
-                QThread::yieldCurrentThread();
-            QSignalSpy finished(&walk, &WalkThread::finished);
-            finder.Annuler();
-            QVERIFY(finished.wait(10000));
-            QVERIFY(!finder.State());
-            const QList<QByteArray> partial = results(finder);
-            QCOMPARE(partial, all.first(partial.size()));
-        }
-    }
-
     void realTreeWithLinkLoopUnreadableAndRemovedDirectories()
     {
         QTemporaryDir dir;
@@ -404,38 +358,6 @@ private slots:
         search(finder); // a new walk forgets the last one's failure
         QVERIFY(!finder.failed());
         QVERIFY(lister.current.isEmpty());
-    }
-
-    // A real tree whose deepest paths pass 4096 bytes, walked with a few descriptors at a time,
-    // in the order of a walk by full paths (checked on the shallow part, which full paths reach).
-    void walksATreeDeeperThan4096Bytes()
-    {
-        QTemporaryDir dir;
-        const QByteArray name(120, 'n');
-        constexpr int depth = 40; // 40 x 121 bytes
-        QVERIFY(TestSupport::makeDeepChain(dir.path(), name, depth));
-        QList<QByteArray> expected;
-        const std::function<void(const QByteArray &, int)> walk = [&](const QByteArray &path, int level) {
-            if (level > 0)
-                expected += {path + ".", path + ".."};
-            expected += path + "f.txt";
-            if (level < depth)
-                expected += path + name;
-            expected += path + "z";
-            if (level < depth)
-                walk(path + name + "\\", level + 1);
-            expected += {path + "z\\.", path + "z\\.."};
-        };
-        walk("d:\\", 0);
-
-        FakeDrives drives = cdAt(dir.path());
-        LinuxDirectoryLister lister(4);
-        FileFinder finder(drives, lister);
-        search(finder);
-        QVERIFY(!finder.failed());
-        QCOMPARE(results(finder), expected);
-        QVERIFY(std::ranges::any_of(expected, [](const QByteArray &path) { return path.size() > 4096; }));
-        QCOMPARE(lister.openDirectories(), 0);
     }
 };
 

@@ -227,51 +227,18 @@ private slots:
                  u"Le nombre de fichiers recherchés comportant l'extension GIF est trop élevé : la recherche est stoppée ! "_qs);
     }
 
-    void fastScanAgreesWithPlainReadingOnRandomLines_data()
+    void searchRunAgreesWithPlainReading_data()
     {
         QTest::addColumn<bool>("avx2");
         QTest::newRow("AVX2 where available") << true;
         QTest::newRow("SSE2") << false;
     }
 
-    void fastScanAgreesWithPlainReadingOnRandomLines()
+    void searchRunAgreesWithPlainReading()
     {
         QFETCH(bool, avx2);
         const bool previous = ArchiveScanner::allowAvx2(avx2);
         const auto restore = qScopeGuard([previous] { ArchiveScanner::allowAvx2(previous); });
-        // Few letters, many backslashes, dots and quotes, so every rule and boundary is reached;
-        // lines long enough to cross the scanner's blocks.
-        const QByteArray alphabet = "aAbB.\\\"\xe9\xc9 \r";
-        QRandomGenerator random(20010321);
-        for (int round = 0; round < 300; ++round) {
-            QByteArray archive;
-            const int lines = random.bounded(1, 40);
-            for (int l = 0; l < lines; ++l) {
-                const int length = random.bounded(0, round % 3 == 0 ? 90 : 12);
-                for (int i = 0; i < length; ++i)
-                    archive.append(alphabet[random.bounded(int(alphabet.size()))]);
-                if (l + 1 < lines || random.bounded(2))
-                    archive.append(random.bounded(2) ? "\r\n" : "\n");
-            }
-            QByteArray term;
-            const int termLength = random.bounded(1, 6); // the rarest two bytes lie anywhere in it
-            for (int i = 0; i < termLength; ++i)
-                term.append(alphabet[random.bounded(int(alphabet.size()) - 1)]);
-            term = searchTerm(QString::fromLatin1(term));
-            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension, SearchKind::Theme}) {
-                QList<std::string> expected = referenceSearch(kind, term.toStdString(), archive.toStdString());
-                QList<std::string> actual;
-                for (const QByteArray &row : rowsOf(kind, term, archive))
-                    actual.append(row.sliced(row.lastIndexOf('|') + 1).toStdString());
-                if (actual != expected)
-                    qWarning() << "kind" << int(kind) << "term" << term << "archive" << archive;
-                QCOMPARE(actual, expected);
-            }
-        }
-    }
-
-    void searchRunAgreesWithPlainReadingSortedViewIncluded()
-    {
         QTemporaryDir dir;
         // Names that read the same once upper-cased keep the order found, whatever archive and
         // thread found them; before, "b" and "B" were told apart by their bytes.
@@ -288,13 +255,14 @@ private slots:
                 QCOMPARE(results.sortedIndex(i), i);
         }
 
-        // Random archives read in chunks of a few bytes, so lines span chunks; NUL bytes; 1 to 3
-        // threads; every row in the order found and the alphabetical view against the reference.
+        // Random archives read in chunks of a few bytes, so lines span chunks and the scanner's
+        // blocks; few letters, many backslashes, dots and quotes, so every rule and boundary is
+        // reached; NUL bytes; 1 to 3 threads; every row in the order found and the alphabetical
+        // view against the reference.
         const QByteArray alphabet("aAbB.\\\"\xe9\xc9 \r\0", 12);
         QRandomGenerator random(19990101);
         for (int round = 0; round < 60; ++round) {
             archives.clear();
-            std::string everything;
             QList<std::string> contents;
             const int count = random.bounded(1, 5);
             for (int a = 0; a < count; ++a) {
@@ -312,11 +280,11 @@ private slots:
                 contents.append(archive.toStdString());
             }
             QByteArray term;
-            const int termLength = random.bounded(1, 3);
+            const int termLength = random.bounded(1, 5); // the rarest two bytes lie anywhere in it
             for (int i = 0; i < termLength; ++i)
                 term.append(alphabet[random.bounded(int(alphabet.size()) - 2)]);
             term = searchTerm(QString::fromLatin1(term));
-            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension}) {
+            for (SearchKind kind : {SearchKind::Name, SearchKind::String, SearchKind::Extension, SearchKind::Theme}) {
                 QList<std::string> expected;
                 for (const std::string &archive : std::as_const(contents))
                     expected.append(referenceSearch(kind, term.toStdString(), archive));
@@ -474,48 +442,6 @@ private slots:
         QCOMPARE(results.sortedRow(5), u"A.TXT"_qs + QString(60, u' ') + u" 12"_qs);
     }
 
-    // Names alike in more letters than a sort key holds: a name that begins another comes first.
-    void aLongNameBeginningAnotherSortsFirst()
-    {
-        const QByteArray stem(40, 'L');
-        const QByteArray archive = "\"d:\\" + stem + "QQQ.AB\"\r\n\"d:\\" + stem + "QQQ.A\"\r\n";
-        auto chunk = std::make_shared<ResultChunk>();
-        ArchiveScanner(SearchKind::String, "QQQ").scan(archive, *chunk);
-        chunk->keepFound();
-        SearchResults results;
-        results.append(chunk);
-        results.setSortedOrder(SearchResults::sortedOrder({chunk}));
-        QCOMPARE(results.sortedSize(), 2);
-        QCOMPARE(results.sortedIndex(0), 1);
-        QCOMPARE(results.sortedIndex(1), 0);
-    }
-
-    void everyAsciiByteSortsByItsCapital()
-    {
-        // Every byte from 1 to 127, alone, beside its neighbours and before and after letters, in
-        // both cases, against a plain sort: only a to z change, and the rest keep their places.
-        auto chunk = std::make_shared<ResultChunk>();
-        QList<QByteArray> stored;
-        for (int b = 1; b < 128; ++b) {
-            const char c = char(b);
-            for (const QByteArray &name : {QByteArray(1, c), QByteArray(1, c) + "a", "z" + QByteArray(1, c),
-                                           QByteArray(9, c) + "Zz", "abcdefgh" + QByteArray(1, c)})
-                stored.append(name);
-        }
-        for (const QByteArray &name : std::as_const(stored)) {
-            const QByteArray path = "d:\\" + name;
-            chunk->found.push_back({chunk->store(path), quint32(path.size()), 3});
-        }
-        chunk->keepFound();
-        std::vector<qsizetype> expected(size_t(stored.size()));
-        std::iota(expected.begin(), expected.end(), 0);
-        std::stable_sort(expected.begin(), expected.end(), [&](qsizetype a, qsizetype b) {
-            return stored[a].toUpper() < stored[b].toUpper();
-        });
-        const RowOrder order = SearchResults::sortedOrder({chunk});
-        QVERIFY(std::equal(order.begin(), order.end(), expected.begin(), expected.end()));
-    }
-
     void archiveSelectionKeepsTheFirst500()
     {
         QStringList files;
@@ -577,24 +503,34 @@ private slots:
         QVERIFY(exact.limitReached());
     }
 
-    void orderBuiltInPartsAgreesWithAPlainSort()
+    void alphabeticalOrderAgreesWithAPlainSort()
     {
-        // Past 65,536 names the order is built in parts; a name before its longer namesakes.
-        auto chunk = std::make_shared<ResultChunk>();
+        // Every byte from 1 to 127 beside its neighbours and letters (only a to z change); names
+        // alike in more letters than a sort key holds (one that begins another comes first); past
+        // 65,536 names, where the order is built in parts.
         QList<QByteArray> names;
+        for (int b = 1; b < 128; ++b) {
+            const QByteArray c(1, char(b));
+            names << c << c + "a" << "z" + c << QByteArray(9, char(b)) + "Zz" << "abcdefgh" + c;
+        }
+        names << QByteArray(40, 'L') + "QQQ.AB" << QByteArray(40, 'L') + "QQQ.A";
         QRandomGenerator random(20261122);
         for (int i = 0; i < 70000; ++i) {
             QByteArray name;
             for (int n = random.bounded(1, i % 5 == 0 ? 3 : 14); n > 0; --n)
                 name.append("aAbBc"[random.bounded(5)]);
-            names.append(name.toUpper());
+            names.append(name);
+        }
+        auto chunk = std::make_shared<ResultChunk>();
+        for (const QByteArray &name : std::as_const(names)) {
             const QByteArray path = "d:\\" + name;
             chunk->found.push_back({chunk->store(path), quint32(path.size()), 3});
         }
         chunk->keepFound();
         std::vector<qsizetype> expected(size_t(names.size()));
         std::iota(expected.begin(), expected.end(), 0);
-        std::stable_sort(expected.begin(), expected.end(), [&](qsizetype a, qsizetype b) { return names[a] < names[b]; });
+        std::stable_sort(expected.begin(), expected.end(),
+                         [&](qsizetype a, qsizetype b) { return names[a].toUpper() < names[b].toUpper(); });
         const RowOrder order = SearchResults::sortedOrder({chunk});
         QVERIFY(std::equal(order.begin(), order.end(), expected.begin(), expected.end()));
     }

@@ -1,4 +1,3 @@
-#include "regularfile.h"
 #include "tablefile.h"
 #include "testsupport.h"
 
@@ -8,9 +7,6 @@
 
 #include <csignal>
 
-#include <fcntl.h>
-#include <linux/magic.h>
-#include <sys/statfs.h>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -105,31 +101,6 @@ private slots:
         const QStringList items = TableFile::read(path);
         QCOMPARE(items.size(), int(TableFile::kMaxBytes / line.size()));
         QCOMPARE(items.last(), QString(99, u'x'));
-    }
-
-    void aFileKnowsWhetherItsStartIsCached()
-    {
-        // The search reads ahead only archives outside the system's cache.
-        QTemporaryDir dir;
-        const QString path = dir.filePath(u"A.lst"_qs);
-        QVERIFY(TestSupport::writeFile(path, QByteArray(1 << 20, 'x')));
-        struct statfs system{};
-        QVERIFY(::statfs(QFile::encodeName(dir.path()).constData(), &system) == 0);
-        if (system.f_type == TMPFS_MAGIC)
-            QSKIP("the temporary folder is in memory (tmpfs): its files cannot leave the cache");
-        {
-            const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
-            QVERIFY(fd >= 0);
-            ::fdatasync(fd);
-            ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-            ::close(fd);
-        }
-        RegularFile file(path);
-        QVERIFY(!file.startIsCached());
-        char byte = 0;
-        QCOMPARE(file.read(&byte, 1), 1);
-        QVERIFY(file.startIsCached());
-        QVERIFY(RegularFile(dir.path()).startIsCached()); // not a regular file: nothing to read
     }
 };
 
