@@ -29,16 +29,18 @@ double PagePrinter::deviceUnitsPerTwip() const
     return m_printer.resolution() / 1440.0;
 }
 
+// Positions are measured from the paper's edge: the width is the paper's, the height runs to the
+// bottom of the printable area, where a new page begins.
 int PagePrinter::pageWidth() const
 {
-    const QRect page = m_printer.pageLayout().paintRectPixels(m_printer.resolution());
-    return int(std::lround(page.width() / deviceUnitsPerTwip()));
+    return int(std::lround(m_printer.pageLayout().fullRectPixels(m_printer.resolution()).width() / deviceUnitsPerTwip()));
 }
 
 int PagePrinter::pageHeight() const
 {
-    const QRect page = m_printer.pageLayout().paintRectPixels(m_printer.resolution());
-    return int(std::lround(page.height() / deviceUnitsPerTwip()));
+    const QPageLayout layout = m_printer.pageLayout();
+    const int bottom = layout.fullRectPixels(m_printer.resolution()).height() - layout.marginsPixels(m_printer.resolution()).bottom();
+    return int(std::lround(bottom / deviceUnitsPerTwip()));
 }
 
 int PagePrinter::lineHeight() const
@@ -53,6 +55,9 @@ bool PagePrinter::ensureStarted()
         return true;
     if (m_failed)
         return false;
+    // Positions are measured from the paper's edge, not from the printable area; set here, after
+    // the print dialog, which may have changed the page layout.
+    m_printer.setFullPage(true);
     if (!m_painter.begin(&m_printer)) {
         m_failed = true; // no printer: what is printed goes nowhere, silently
         return false;

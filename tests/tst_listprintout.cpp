@@ -62,7 +62,7 @@ private slots:
         for (const TestSupport::PdfWord &word : words)
             texts.append(word.text);
         QVERIFY2(words.size() == 81, qPrintable(texts.join(u' ')));
-        // 2000 twips from the left edge of the printable area, the date 1000 twips from its top.
+        // 2000 twips from the paper's left edge, the date 1000 twips from its top (a PDF page has margins).
         const double left = 2000 / 20.0, top = 1000 / 20.0; // points
         QCOMPARE(words[0].text, u"03-21-2001"_qs);
         QCOMPARE(words[0].page, 1);

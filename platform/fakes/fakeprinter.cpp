@@ -12,7 +12,6 @@ FakePrinter::FakePrinter(const QString &pdfFile)
     m_pdf->setOutputFormat(QPrinter::PdfFormat);
     m_pdf->setOutputFileName(pdfFile);
     m_pdf->setPageSize(QPageSize(QPageSize::A4));
-    m_pdf->setFullPage(true); // positions from the paper's corner, so tests read them exactly
     m_page = std::make_unique<PagePrinter>(*m_pdf);
 }
 
