@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QPoint>
+#include <QSize>
 #include <QString>
 
 #include <functional>
@@ -27,9 +28,13 @@ protected:
     void showEvent(QShowEvent *event) override;
     // Where the window's frame, title bar included, goes at each opening.
     void placeFrameOnOpening(std::function<QPoint()> topLeft) { m_frameTopLeft = std::move(topLeft); }
+    // The size the window opens at where the screen has room for it, else the screen's free area
+    // less the window's frame (a window larger than the screen hides its edges and buttons).
+    void openAtSize(QSize preferred) { m_preferredSize = preferred; }
 
 private:
     std::function<QPoint()> m_frameTopLeft;
+    QSize m_preferredSize;
 };
 
 // A picture button: an icon with a hint. The hint is the button's tooltip and its accessible

@@ -30,8 +30,8 @@ ArchivePicker::ArchivePicker(const DataDirectory &data, const QString &allFolder
     m_folders = new QListWidget(this);
     m_folders->setObjectName(u"folders"_qs);
     m_folders->setAccessibleName(u"Dossiers d'archivage"_qs);
-    m_folders->setMaximumHeight(110);
-    layout->addWidget(m_folders);
+    m_folders->setMinimumHeight(m_folders->fontMetrics().height() * 6); // the five default folders
+    layout->addWidget(m_folders, 1); // the archives get twice its height
     m_folderPath = new QLabel(this);
     m_folderPath->setObjectName(u"folderPath"_qs);
     m_folderPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -40,7 +40,7 @@ ArchivePicker::ArchivePicker(const DataDirectory &data, const QString &allFolder
     m_archives->setObjectName(u"archives"_qs);
     m_archives->setAccessibleName(u"Fichiers d'archives"_qs);
     m_archives->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    layout->addWidget(m_archives);
+    layout->addWidget(m_archives, 2);
     m_archiveCount = new QLabel(this);
     m_archiveCount->setObjectName(u"archiveCount"_qs);
     layout->addWidget(m_archiveCount);

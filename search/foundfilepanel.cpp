@@ -22,6 +22,8 @@ FoundFilePanel::FoundFilePanel(const FoundFileActions::Services &services, QWidg
                                              std::pair{u"Fichiers ICO, CUR ou EMF"_qs, C::Icons}}) {
         auto *button = new QPushButton(caption, this);
         button->setObjectName(caption);
+        // Room around the caption, which the style's own margin leaves touching the edges.
+        button->setMinimumWidth(button->fontMetrics().horizontalAdvance(caption) + 2 * button->fontMetrics().height());
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, [this, fileClass] { emit classRequested(fileClass); });
         m_classButtons.append(button);
@@ -43,8 +45,7 @@ FoundFilePanel::FoundFilePanel(const FoundFileActions::Services &services, QWidg
     m_iconArea->setFrameShadow(QFrame::Sunken);
     m_iconArea->setAlignment(Qt::AlignCenter);
     m_iconArea->setMinimumSize(64, 64);
-    layout->addWidget(m_iconArea);
-    layout->addStretch();
+    layout->addWidget(m_iconArea, 1); // the space left under the buttons is the preview's
 
     connect(m_print, &QToolButton::clicked, this, &FoundFilePanel::printRequested);
     connect(m_copy, &QToolButton::clicked, this, &FoundFilePanel::copyCurrentRow);

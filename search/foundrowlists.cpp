@@ -4,8 +4,34 @@
 #include "searchrun.h"
 #include "windows1252.h"
 
+#include <QApplication>
 #include <QListView>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
+
+namespace {
+
+// The alphabetical view's rows end in 60 blanks and the row's number: measured whole, every row is
+// far wider than its name and the view scrolls sideways for the shortest names. Its width is the
+// name's, so the view scrolls only for names it cannot show.
+class SortedRowDelegate final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        QStyleOptionViewItem named = option;
+        initStyleOption(&named, index);
+        const qsizetype blanks = named.text.indexOf(QString(60, QLatin1Char(' ')));
+        if (blanks >= 0)
+            named.text.truncate(blanks);
+        const QStyle *style = named.widget ? named.widget->style() : QApplication::style();
+        return style->sizeFromContents(QStyle::CT_ItemViewItem, &named, QSize(), named.widget);
+    }
+};
+
+} // namespace
 
 FoundRowLists::FoundRowLists(SearchKind kind, const QStringList &objectNames, QWidget *parent)
     : QObject(parent)
@@ -27,9 +53,12 @@ FoundRowLists::FoundRowLists(SearchKind kind, const QStringList &objectNames, QW
         view->setBatchSize(500);
         view->setEditTriggers(QAbstractItemView::NoEditTriggers);
         view->setAccessibleName(lists[i].second);
+        // Ten rows at least: on a small screen the lists above give way to the results.
+        view->setMinimumHeight(view->fontMetrics().height() * 10);
         m_models.append(model);
         m_views.append(view);
     }
+    sorted()->setItemDelegate(new SortedRowDelegate(sorted()));
     paths()->setToolTip(u"Bouton gauche pour sélectioner<-->bouton droit pour exécuter le fichier"_qs);
 
     // The lists of the order found scroll together; any list's current row is the chosen one.

@@ -134,6 +134,7 @@ void SearchForm::buildLayout()
         m_classButtons.append(button);
         classRow->addWidget(button);
     }
+    classRow->setSpacing(2); // nine buttons in a row: the window fits a screen 1024 pixels wide
     classRow->addStretch();
     searchColumn->addLayout(classRow);
     top->addLayout(searchColumn, 3);
@@ -180,11 +181,11 @@ void SearchForm::buildLayout()
     addColumn(m_lists->sorted(), u"Classement alphabétique"_qs, 3);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(top, 3);
+    layout->addLayout(top, 2);
     layout->addLayout(status);
     layout->addWidget(m_panel->rowLabels());
-    layout->addLayout(resultsRow, 4);
-    resize(1180, 820);
+    layout->addLayout(resultsRow, 3);
+    openAtSize(QSize(1180, 820));
 
     connect(m_lists, &FoundRowLists::rowChosen, this, &SearchForm::setCurrentRow);
     connect(m_lists, &FoundRowLists::rowsArrived, this, &SearchForm::showFoundCount);

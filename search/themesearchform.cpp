@@ -99,9 +99,9 @@ void ThemeSearchForm::buildLayout()
         resultsRow->addLayout(column, stretch);
     };
     addColumn(m_lists->names(), u"Classement ordre du support"_qs, 3);
-    addColumn(m_lists->archives(), {}, 1);
-    addColumn(m_lists->extensions(), {}, 1);
-    addColumn(m_lists->paths(), {}, 5);
+    addColumn(m_lists->archives(), u"Support"_qs, 1);
+    addColumn(m_lists->extensions(), u"Ext."_qs, 1);
+    addColumn(m_lists->paths(), u"Chemin"_qs, 5);
     addColumn(m_lists->sorted(), u"Classement alphabétique"_qs, 3);
 
     auto *rowLabels = new QHBoxLayout;
@@ -129,11 +129,11 @@ void ThemeSearchForm::buildLayout()
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top, 3);
     layout->addWidget(resultsCaption);
-    layout->addLayout(resultsRow, 4);
+    layout->addLayout(resultsRow, 2);
     layout->addLayout(rowLabels);
     layout->addWidget(m_panel->rowLabels());
     layout->addLayout(status);
-    resize(1180, 780);
+    openAtSize(QSize(1180, 780));
 
     // The keyboard moves the current row in any list; mouse presses on the names, the paths and
     // the alphabetical view act as the buttons say.
