@@ -8,7 +8,9 @@
 #include "drivechooser.h"
 #include "drives.h"
 #include "filefinder.h"
+#include "folderpicker.h"
 #include "foundlistmodel.h"
+#include "imagedirectorylister.h"
 #include "listprintout.h"
 #include "walkthread.h"
 
@@ -31,6 +33,7 @@ const QString kDriveHint = QStringLiteral(
     "Choisissez ci-dessous le lecteur où se trouve le support que vous souhaitez archiver : a ,b ,d ,f ,g "
     ",...la lettre du premier lecteur CD-ROM rencontré est : ");
 const QString kFound = QStringLiteral(" fichiers trouvés");
+const QString kImageHint = QStringLiteral("Choisir une image de disque");
 constexpr int kRefreshMs = 5;
 // The found list takes new rows about once a screen frame: each addition lays the list out and
 // repaints its rows (a few milliseconds for long paths), which at every tick kept the window's
@@ -80,6 +83,20 @@ private:
 CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
                                      Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
                                      const Clock &clock, QWidget *parent)
+    : CreateArchiveForm(data, drives, lister, dialogs, nullptr, printer, pictures, clock, parent)
+{
+}
+
+CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
+                                     Dialogs &dialogs, FolderPicker &picker, Printer &printer,
+                                     PictureLoader &pictures, const Clock &clock, QWidget *parent)
+    : CreateArchiveForm(data, drives, lister, dialogs, &picker, printer, pictures, clock, parent)
+{
+}
+
+CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
+                                     Dialogs &dialogs, FolderPicker *picker, Printer &printer,
+                                     PictureLoader &pictures, const Clock &clock, QWidget *parent)
     : Form(parent)
     , m_data(data)
     , m_drives(drives)
@@ -88,6 +105,9 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
     , m_printer(printer)
     , m_pictures(pictures)
     , m_clock(clock)
+    , m_picker(picker)
+    , m_imageDrive(std::make_unique<ImageDrive>())
+    , m_imageLister(std::make_unique<ImageDirectoryLister>())
 {
     setObjectName(QStringLiteral("CreateArchiveForm"));
     setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
@@ -126,6 +146,10 @@ void CreateArchiveForm::buildControls()
     m_driveHint->setWordWrap(true);
     m_driveChooser = new DriveChooser(m_drives, QStringLiteral("driveChooser"), this);
     m_driveHint->setBuddy(m_driveChooser);
+    m_imageButton = makePictureButton(kImageHint, this);
+    m_imageButton->setObjectName(QStringLiteral("image"));
+    m_imageButton->setVisible(m_picker != nullptr);
+    connect(m_imageButton, &QToolButton::clicked, this, &CreateArchiveForm::chooseImage);
 
     auto *nameLabel = new QLabel(QStringLiteral("Identification du support:nom du fichier d'archives à créer :    "
                                                 "(exemples: PCMax, InfoPC2, GenPC65, PCFun7...  )"),
@@ -178,7 +202,10 @@ void CreateArchiveForm::buildControls()
 
     auto *left = new QVBoxLayout;
     left->addWidget(m_driveHint);
-    left->addWidget(m_driveChooser);
+    auto *driveRow = new QHBoxLayout;
+    driveRow->addWidget(m_driveChooser, 1);
+    driveRow->addWidget(m_imageButton);
+    left->addLayout(driveRow);
     left->addSpacing(8);
     left->addWidget(nameLabel);
     left->addWidget(m_name);
@@ -212,6 +239,8 @@ void CreateArchiveForm::load()
     m_data.makeCurrent();
     loadButtonIcon(m_createButton, m_pictures, m_data.file(QStringLiteral("File005.ico")));
     loadButtonIcon(m_printButton, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
+    if (m_picker)
+        loadButtonIcon(m_imageButton, m_pictures, m_data.file(QStringLiteral("discimg.ico")));
 
     showArchiveFolders(*m_folders, m_data);
     m_currentFolder = m_data.folderPath(m_folders->count() > 0 ? m_folders->item(0)->text() : QString());
@@ -232,6 +261,7 @@ void CreateArchiveForm::selectFirstCdRom()
         }
     }
     m_driveHint->setText(kDriveHint + letter);
+    m_firstCdRom = (letter.isEmpty() ? QStringLiteral("d") : letter) + QLatin1Char(':');
     // Without a CD-ROM drive the chooser stays on the drive of the data directory.
     if (letter.isEmpty())
         m_driveChooser->setCurrentIndex(int(driveHolding(drives, m_data.path())));
@@ -261,10 +291,29 @@ void CreateArchiveForm::create()
 {
     if (isScanning())
         return;
+    m_finder->setMedium(m_drives, m_lister);
+    scan(m_driveChooser->currentName());
+}
+
+void CreateArchiveForm::chooseImage()
+{
+    if (isScanning() || !m_picker)
+        return;
+    const std::optional<QString> image = m_picker->pickFile(kImageHint, DiscImage::nameFilters());
+    if (!image)
+        return;
+    // The image is catalogued as its disc would be: a floppy in a:, a CD in the first CD-ROM drive.
+    const QString drive = DiscImage::probe(*image) == ImageKind::Floppy ? QStringLiteral("a:") : m_firstCdRom;
+    m_imageDrive->set(drive, *image);
+    m_finder->setMedium(*m_imageDrive, *m_imageLister);
+    scan(drive);
+}
+
+void CreateArchiveForm::scan(const QString &drive)
+{
     m_endNotice->hide();
     m_foundModel->clear();
 
-    const QString drive = m_driveChooser->currentName();
     const ArchiveNameCheck checked = checkArchiveName(m_name->text(), drive, m_driveHint->text());
     if (!checked.name.isEmpty())
         m_name->setText(checked.name);

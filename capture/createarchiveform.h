@@ -14,6 +14,9 @@ class DirectoryLister;
 class DriveChooser;
 class Drives;
 class FileFinder;
+class FolderPicker;
+class ImageDirectoryLister;
+class ImageDrive;
 class FoundListModel;
 class PictureLoader;
 class Printer;
@@ -36,6 +39,10 @@ class CreateArchiveForm : public Form
 public:
     CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
                       Printer &printer, PictureLoader &pictures, const Clock &clock, QWidget *parent = nullptr);
+    // With a picker, the window also catalogues a disc image file chosen beside the drive chooser.
+    CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
+                      FolderPicker &picker, Printer &printer, PictureLoader &pictures, const Clock &clock,
+                      QWidget *parent = nullptr);
     ~CreateArchiveForm() override;
 
     bool isScanning() const;
@@ -50,11 +57,16 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
+                      FolderPicker *picker, Printer &printer, PictureLoader &pictures, const Clock &clock,
+                      QWidget *parent);
     void buildControls();
     void chooseFolder(int row);
     void showArchives();
     void selectFirstCdRom();
     void create();
+    void chooseImage();
+    void scan(const QString &drive);
     void refreshFound();
     void finishScan();
     bool writeArchive();
@@ -68,6 +80,11 @@ private:
     Printer &m_printer;
     PictureLoader &m_pictures;
     const Clock &m_clock;
+    FolderPicker *m_picker = nullptr;
+    // A chosen image stands as a drive of its own, read by its own lister.
+    std::unique_ptr<ImageDrive> m_imageDrive;
+    std::unique_ptr<ImageDirectoryLister> m_imageLister;
+    QString m_firstCdRom = QStringLiteral("d:"); // the drive an image of a disc is catalogued as
 
     QLabel *m_driveHint = nullptr;
     DriveChooser *m_driveChooser = nullptr;
@@ -79,6 +96,7 @@ private:
     QLabel *m_counter = nullptr;
     QLabel *m_endNotice = nullptr;
     QToolButton *m_createButton = nullptr;
+    QToolButton *m_imageButton = nullptr;
     QToolButton *m_printButton = nullptr;
     QTimer *m_refreshTimer = nullptr;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "directorylister.h"
+#include "drives.h"
 
 #include <QByteArray>
 #include <QString>
@@ -25,6 +26,21 @@ bool hasImageName(const QString &fileName);
 ImageKind probe(const QString &path);
 
 } // namespace DiscImage
+
+// One image file as a drive: its path stands for the mount point, so a walk through
+// ImageDirectoryLister reads the image where a walk through the system's lister reads a mount.
+class ImageDrive final : public Drives
+{
+public:
+    void set(const QString &name, const QString &imagePath)
+    {
+        m_drive = {name, DriveType::CdRom, imagePath, {}, imagePath};
+    }
+    QList<Drive> drives() override { return {m_drive}; }
+
+private:
+    Drive m_drive;
+};
 
 // Lists the directories of a disc image without mounting it, with the contract of every lister
 // (dots first but at the root, names sorted ignoring case, Windows-1252 catalogue names), and
