@@ -1,10 +1,12 @@
 #pragma once
 
 #include "formsupport.h"
+#include "imagefolder.h"
 
 #include <QElapsedTimer>
 #include <QString>
 #include <memory>
+#include <optional>
 
 class ArchiveWriter;
 class Clock;
@@ -24,6 +26,7 @@ class QLabel;
 class QLineEdit;
 class QListView;
 class QListWidget;
+class QProgressBar;
 class QTimer;
 class QToolButton;
 class WalkThread;
@@ -48,8 +51,11 @@ public:
     bool isScanning() const;
 
 signals:
-    // The scan of a create press is over (an archive written or not).
+    // The scan of a create press is over (an archive written or not); for a folder of images, the
+    // scan of each image.
     void scanFinished();
+    // A folder of images is done, its summary shown.
+    void imagesFinished();
 
 protected:
     void load() override;
@@ -66,7 +72,11 @@ private:
     void selectFirstCdRom();
     void create();
     void chooseImage();
+    void chooseImageFolder();
+    void nextImage();
     void scan(const QString &drive);
+    void startWalk(const QString &drive, const QString &archiveName);
+    void walkImage(const QString &imagePath, const QString &archiveName);
     void refreshFound();
     void finishScan();
     bool writeArchive();
@@ -97,6 +107,18 @@ private:
     QLabel *m_endNotice = nullptr;
     QToolButton *m_createButton = nullptr;
     QToolButton *m_imageButton = nullptr;
+    QToolButton *m_imageFolderButton = nullptr;
+    QProgressBar *m_imageProgress = nullptr;
+    QToolButton *m_cancelImages = nullptr;
+    // A folder of images being catalogued one after the other.
+    struct Batch
+    {
+        QList<ImageFolder::Image> images;
+        QStringList skipped;
+        QList<ImageFolder::Result> results;
+        bool cancelled = false; // stops after the current image
+    };
+    std::optional<Batch> m_batch;
     QToolButton *m_printButton = nullptr;
     QTimer *m_refreshTimer = nullptr;
 

@@ -6,6 +6,7 @@
 #include "fakedrives.h"
 #include "filefinder.h"
 #include "imagedirectorylister.h"
+#include "imagefolder.h"
 #include "linuxdirectorylister.h"
 #include "testsupport.h"
 
@@ -306,6 +307,57 @@ private slots:
         if (!failed)
             QCOMPARE(result.count, 0);
         QCOMPARE(TestSupport::readFile(walked), before); // never written to
+    }
+
+    void aFolderOfImagesIsPlannedBeforeAnythingIsWritten_data()
+    {
+        QTest::addColumn<QStringList>("images");   // files of the image folder
+        QTest::addColumn<QStringList>("archives"); // files of the archive folder
+        QTest::addColumn<QStringList>("names");    // the archives the plan will write, in order
+        QTest::addColumn<int>("clashes");
+
+        QTest::newRow("upper-cased, cut to 8, not an image left out")
+            << QStringList{u"pcfun75.iso"_qs, u"Disque de jeux.BIN"_qs, u"notes.txt"_qs, u"été.img"_qs}
+            << QStringList{} << QStringList{u"DISQUE D"_qs, u"PCFUN75"_qs, u"ÉTÉ"_qs} << 0;
+        QTest::newRow("a BIN read through its CUE") << QStringList{u"jeu.bin"_qs, u"jeu.cue"_qs, u"seul.bin"_qs}
+                                                    << QStringList{} << QStringList{u"JEU"_qs, u"SEUL"_qs} << 0;
+        QTest::newRow("an archive replaced") << QStringList{u"pcmag13.iso"_qs} << QStringList{u"PCMAG13.lst"_qs}
+                                             << QStringList{u"PCMAG13"_qs} << 1;
+        QTest::newRow("two images, one name") << QStringList{u"collection1.iso"_qs, u"collection2.iso"_qs}
+                                              << QStringList{} << QStringList{u"COLLECTI"_qs} << 1;
+    }
+
+    void aFolderOfImagesIsPlannedBeforeAnythingIsWritten()
+    {
+        QFETCH(QStringList, images);
+        QFETCH(QStringList, archives);
+        QFETCH(QStringList, names);
+        QFETCH(int, clashes);
+        QTemporaryDir dir;
+        const QDir base(dir.path());
+        QVERIFY(base.mkdir(u"images"_qs) && base.mkdir(u"archives"_qs));
+        for (const QString &file : images)
+            QVERIFY(TestSupport::writeFile(base.filePath(u"images/"_qs + file), "x"));
+        for (const QString &file : archives)
+            QVERIFY(TestSupport::writeFile(base.filePath(u"archives/"_qs + file), "x"));
+        const ImageFolder::Plan plan = ImageFolder::plan(base.filePath(u"images"_qs), base.filePath(u"archives"_qs));
+        QStringList planned;
+        for (const ImageFolder::Image &image : plan.images)
+            planned.append(image.archiveName);
+        QCOMPARE(planned, names);
+        QCOMPARE(plan.clashes.size(), clashes);
+    }
+
+    void theSummaryTellsWhatWasWrittenAndWhatWasNot()
+    {
+        using ImageFolder::Outcome;
+        const QString text = ImageFolder::summary(
+            {{{u"/i/a.iso"_qs, u"A"_qs}, Outcome::Written, 12},
+             {{u"/i/b.iso"_qs, u"B"_qs}, Outcome::Empty, 0},
+             {{u"/i/c.iso"_qs, u"C"_qs}, Outcome::Cancelled, 0}},
+            {u"d.iso : même nom d'archive que a.iso"_qs});
+        QCOMPARE(text, u"1 archive(s) écrite(s) :\nA.lst : a.iso (12 fichiers)\n\n3 image(s) non archivée(s) :\n"
+                       u"d.iso : même nom d'archive que a.iso\nb.iso : aucun fichier trouvé\nc.iso : annulé"_qs);
     }
 
 private:

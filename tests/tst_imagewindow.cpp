@@ -5,6 +5,8 @@
 #include "fakeservices.h"
 #include "testsupport.h"
 
+#include <QDir>
+#include <QFile>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -67,6 +69,51 @@ private slots:
             QVERIFY(finished.count() == 1 || finished.wait(10000));
         QCOMPARE(TestSupport::readFile(data.folderPath(data.archiveFolders().value(0)) + u"/IMAGE1.lst"_qs), expected);
         QVERIFY(fakes.directoryLister.listed.isEmpty()); // the system's drives were never read
+    }
+
+    // Two images and an archive of the first's name already there: the clash is asked about
+    // first; "Non" writes nothing, "Oui" catalogues both and sums up.
+    void aFolderOfImagesIsCataloguedAfterItsClashesAreAccepted_data()
+    {
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("Non") << false;
+        QTest::newRow("Oui") << true;
+    }
+
+    void aFolderOfImagesIsCataloguedAfterItsClashesAreAccepted()
+    {
+        KALVEX_REQUIRE_PROGRAM(u"genisoimage"_qs);
+        QFETCH(bool, accepted);
+        QTemporaryDir dir;
+        const QDir base(dir.path());
+        QVERIFY(base.mkpath(u"tree"_qs) && base.mkpath(u"images"_qs));
+        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "a"));
+        for (const QString &name : {u"pcfun75.iso"_qs, u"pcmag13.iso"_qs})
+            QVERIFY(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-o"_qs, base.filePath(u"images/"_qs + name),
+                                                       base.filePath(u"tree"_qs)}));
+        DataDirectory data(base.filePath(u"data"_qs));
+        QVERIFY(base.mkpath(u"data"_qs));
+        data.startUp();
+        const QString folder = data.folderPath(data.archiveFolders().value(0));
+        QVERIFY(TestSupport::writeFile(folder + u"/PCFUN75.lst"_qs, "old"));
+        FakeServices fakes;
+        fakes.drives.list = {{u"d:"_qs, DriveType::CdRom, u"/cd"_qs}};
+        fakes.folderPicker.answers = {base.filePath(u"images"_qs)};
+        fakes.dialogs.answers = {accepted ? Answer::Yes : Answer::No};
+        CreateArchiveForm form(data, fakes.drives, fakes.directoryLister, fakes.dialogs, fakes.folderPicker,
+                               fakes.printer, fakes.pictures, fakes.clock);
+        form.show();
+        QSignalSpy done(&form, &CreateArchiveForm::imagesFinished);
+        QTest::mouseClick(child<QToolButton>(&form, u"imageFolder"_qs), Qt::LeftButton);
+        QCOMPARE(fakes.dialogs.shown.size(), 1);
+        QVERIFY(fakes.dialogs.shown[0].text.contains(u"PCFUN75.lst"_qs));
+        if (accepted)
+            QVERIFY(done.count() == 1 || done.wait(10000));
+        QCOMPARE(TestSupport::readFile(folder + u"/PCFUN75.lst"_qs),
+                 accepted ? QByteArray("\"d:\\A.TXT\"\r\n") : QByteArray("old"));
+        QCOMPARE(QFile::exists(folder + u"/PCMAG13.lst"_qs), accepted);
+        if (accepted)
+            QVERIFY(fakes.dialogs.messages().value(0).startsWith(u"2 archive(s) écrite(s)"_qs));
     }
 };
 
