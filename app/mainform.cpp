@@ -141,8 +141,8 @@ void MainForm::openCreateArchive()
 {
     if (!m_createArchive)
         m_createArchive = new CreateArchiveForm(m_data, m_services.drives, m_services.directoryLister,
-                                                m_services.dialogs, m_services.printer, m_services.pictures,
-                                                m_services.clock, this);
+                                                m_services.dialogs, m_services.folderPicker, m_services.printer,
+                                                m_services.pictures, m_services.clock, this);
     showModal(m_createArchive);
 }
 

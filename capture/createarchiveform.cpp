@@ -8,7 +8,9 @@
 #include "drivechooser.h"
 #include "drives.h"
 #include "filefinder.h"
+#include "folderpicker.h"
 #include "foundlistmodel.h"
+#include "imagedirectorylister.h"
 #include "listprintout.h"
 #include "walkthread.h"
 
@@ -21,9 +23,12 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QProgressBar>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace {
 
@@ -31,6 +36,8 @@ const QString kDriveHint = QStringLiteral(
     "Choisissez ci-dessous le lecteur où se trouve le support que vous souhaitez archiver : a ,b ,d ,f ,g "
     ",...la lettre du premier lecteur CD-ROM rencontré est : ");
 const QString kFound = QStringLiteral(" fichiers trouvés");
+const QString kImageHint = QStringLiteral("Choisir une image de disque");
+const QString kImageFolderHint = QStringLiteral("Archiver toutes les images de disque d'un dossier");
 constexpr int kRefreshMs = 5;
 // The found list takes new rows about once a screen frame: each addition lays the list out and
 // repaints its rows (a few milliseconds for long paths), which at every tick kept the window's
@@ -80,6 +87,20 @@ private:
 CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
                                      Dialogs &dialogs, Printer &printer, PictureLoader &pictures,
                                      const Clock &clock, QWidget *parent)
+    : CreateArchiveForm(data, drives, lister, dialogs, nullptr, printer, pictures, clock, parent)
+{
+}
+
+CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
+                                     Dialogs &dialogs, FolderPicker &picker, Printer &printer,
+                                     PictureLoader &pictures, const Clock &clock, QWidget *parent)
+    : CreateArchiveForm(data, drives, lister, dialogs, &picker, printer, pictures, clock, parent)
+{
+}
+
+CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister,
+                                     Dialogs &dialogs, FolderPicker *picker, Printer &printer,
+                                     PictureLoader &pictures, const Clock &clock, QWidget *parent)
     : Form(parent)
     , m_data(data)
     , m_drives(drives)
@@ -88,6 +109,9 @@ CreateArchiveForm::CreateArchiveForm(const DataDirectory &data, Drives &drives, 
     , m_printer(printer)
     , m_pictures(pictures)
     , m_clock(clock)
+    , m_picker(picker)
+    , m_imageDrive(std::make_unique<ImageDrive>())
+    , m_imageLister(std::make_unique<ImageDirectoryLister>())
 {
     setObjectName(QStringLiteral("CreateArchiveForm"));
     setWindowTitle(QStringLiteral("Créer un fichier d'archives"));
@@ -126,6 +150,28 @@ void CreateArchiveForm::buildControls()
     m_driveHint->setWordWrap(true);
     m_driveChooser = new DriveChooser(m_drives, QStringLiteral("driveChooser"), this);
     m_driveHint->setBuddy(m_driveChooser);
+    m_imageButton = makePictureButton(kImageHint, this);
+    m_imageButton->setObjectName(QStringLiteral("image"));
+    m_imageButton->setVisible(m_picker != nullptr);
+    connect(m_imageButton, &QToolButton::clicked, this, &CreateArchiveForm::chooseImage);
+    m_imageFolderButton = makePictureButton(kImageFolderHint, this);
+    m_imageFolderButton->setObjectName(QStringLiteral("imageFolder"));
+    m_imageFolderButton->setVisible(m_picker != nullptr);
+    connect(m_imageFolderButton, &QToolButton::clicked, this, &CreateArchiveForm::chooseImageFolder);
+    m_imageProgress = new QProgressBar(this);
+    m_imageProgress->setObjectName(QStringLiteral("imageProgress"));
+    m_imageProgress->setAccessibleName(QStringLiteral("Images archivées"));
+    m_imageProgress->setFormat(QStringLiteral("%v / %m images"));
+    m_imageProgress->hide();
+    m_cancelImages = new QToolButton(this);
+    m_cancelImages->setObjectName(QStringLiteral("cancelImages"));
+    m_cancelImages->setText(QStringLiteral("Annuler"));
+    m_cancelImages->setToolTip(QStringLiteral("Arrêter après l'image en cours"));
+    m_cancelImages->hide();
+    connect(m_cancelImages, &QToolButton::clicked, this, [this] {
+        if (m_batch)
+            m_batch->cancelled = true;
+    });
 
     auto *nameLabel = new QLabel(QStringLiteral("Identification du support:nom du fichier d'archives à créer :    "
                                                 "(exemples: PCMax, InfoPC2, GenPC65, PCFun7...  )"),
@@ -178,7 +224,11 @@ void CreateArchiveForm::buildControls()
 
     auto *left = new QVBoxLayout;
     left->addWidget(m_driveHint);
-    left->addWidget(m_driveChooser);
+    auto *driveRow = new QHBoxLayout;
+    driveRow->addWidget(m_driveChooser, 1);
+    driveRow->addWidget(m_imageButton);
+    driveRow->addWidget(m_imageFolderButton);
+    left->addLayout(driveRow);
     left->addSpacing(8);
     left->addWidget(nameLabel);
     left->addWidget(m_name);
@@ -196,6 +246,10 @@ void CreateArchiveForm::buildControls()
     right->addLayout(buttons);
     right->addWidget(m_found, 1);
     right->addWidget(m_counter);
+    auto *progressRow = new QHBoxLayout;
+    progressRow->addWidget(m_imageProgress, 1);
+    progressRow->addWidget(m_cancelImages);
+    right->addLayout(progressRow);
     right->addWidget(m_endNotice);
 
     auto *grid = new QGridLayout(this);
@@ -212,6 +266,10 @@ void CreateArchiveForm::load()
     m_data.makeCurrent();
     loadButtonIcon(m_createButton, m_pictures, m_data.file(QStringLiteral("File005.ico")));
     loadButtonIcon(m_printButton, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
+    if (m_picker) {
+        loadButtonIcon(m_imageButton, m_pictures, m_data.file(QStringLiteral("discimg.ico")));
+        loadButtonIcon(m_imageFolderButton, m_pictures, m_data.file(QStringLiteral("foldrs01.ico")));
+    }
 
     showArchiveFolders(*m_folders, m_data);
     m_currentFolder = m_data.folderPath(m_folders->count() > 0 ? m_folders->item(0)->text() : QString());
@@ -232,6 +290,7 @@ void CreateArchiveForm::selectFirstCdRom()
         }
     }
     m_driveHint->setText(kDriveHint + letter);
+    m_firstCdRom = (letter.isEmpty() ? QStringLiteral("d") : letter) + QLatin1Char(':');
     // Without a CD-ROM drive the chooser stays on the drive of the data directory.
     if (letter.isEmpty())
         m_driveChooser->setCurrentIndex(int(driveHolding(drives, m_data.path())));
@@ -261,10 +320,74 @@ void CreateArchiveForm::create()
 {
     if (isScanning())
         return;
+    m_finder->setMedium(m_drives, m_lister);
+    scan(m_driveChooser->currentName());
+}
+
+void CreateArchiveForm::chooseImage()
+{
+    if (isScanning() || !m_picker)
+        return;
+    const std::optional<QString> image = m_picker->pickFile(kImageHint, DiscImage::nameFilters());
+    if (!image)
+        return;
+    walkImage(*image, QString());
+}
+
+// The image is catalogued as its disc would be: a floppy in a:, a CD in the first CD-ROM drive.
+void CreateArchiveForm::walkImage(const QString &imagePath, const QString &archiveName)
+{
+    const QString drive = DiscImage::probe(imagePath) == ImageKind::Floppy ? QStringLiteral("a:") : m_firstCdRom;
+    m_imageDrive->set(drive, imagePath);
+    m_finder->setMedium(*m_imageDrive, *m_imageLister);
+    if (archiveName.isEmpty())
+        scan(drive);
+    else
+        startWalk(drive, archiveName);
+}
+
+void CreateArchiveForm::chooseImageFolder()
+{
+    if (isScanning() || !m_picker || m_batch)
+        return;
+    const std::optional<QString> folder = m_picker->pickFolder();
+    if (!folder)
+        return;
+    ImageFolder::Plan plan = ImageFolder::plan(*folder, m_currentFolder);
+    if (!plan.clashes.isEmpty()
+        && m_dialogs.question(ImageFolder::clashQuestion(plan.clashes), windowTitle(), kDemoHelp) != Answer::Yes)
+        return;
+    m_batch = Batch{std::move(plan.images), std::move(plan.skipped), {}, false};
+    m_imageProgress->setRange(0, int(m_batch->images.size()));
+    m_imageProgress->setValue(0);
+    m_imageProgress->show();
+    m_cancelImages->show();
+    nextImage();
+}
+
+void CreateArchiveForm::nextImage()
+{
+    const qsizetype next = m_batch->results.size();
+    if (next < m_batch->images.size() && !m_batch->cancelled) {
+        walkImage(m_batch->images[next].path, m_batch->images[next].archiveName);
+        return;
+    }
+    for (qsizetype i = next; i < m_batch->images.size(); ++i)
+        m_batch->results.append({m_batch->images[i], ImageFolder::Outcome::Cancelled});
+    const QString summary = ImageFolder::summary(m_batch->results, m_batch->skipped);
+    m_batch.reset();
+    m_imageProgress->hide();
+    m_cancelImages->hide();
+    showArchives();
+    m_dialogs.message(summary);
+    emit imagesFinished();
+}
+
+void CreateArchiveForm::scan(const QString &drive)
+{
     m_endNotice->hide();
     m_foundModel->clear();
 
-    const QString drive = m_driveChooser->currentName();
     const ArchiveNameCheck checked = checkArchiveName(m_name->text(), drive, m_driveHint->text());
     if (!checked.name.isEmpty())
         m_name->setText(checked.name);
@@ -272,7 +395,13 @@ void CreateArchiveForm::create()
         m_dialogs.message(checked.refusal);
         return;
     }
+    startWalk(drive, m_name->text());
+}
 
+void CreateArchiveForm::startWalk(const QString &drive, const QString &archiveName)
+{
+    m_endNotice->hide();
+    m_foundModel->clear();
     setCounter(0);
     m_countShown = 0;
     m_listRefreshed.invalidate(); // the first rows are shown at the first tick
@@ -285,7 +414,7 @@ void CreateArchiveForm::create()
 
     m_finder->setChemin(drive + QLatin1Char('\\'));
     m_finder->setCriteres(QStringLiteral("*.*"));
-    m_archive = std::make_unique<ArchiveWriter>(m_currentFolder, m_name->text());
+    m_archive = std::make_unique<ArchiveWriter>(m_currentFolder, archiveName);
     m_archiveFolder = m_currentFolder;
     m_entriesWritten = 0;
     m_scanAbandoned = false;
@@ -351,6 +480,24 @@ void CreateArchiveForm::finishScan()
     // An empty medium writes nothing and says nothing. A file that could not be written is not
     // announced as an archive either. A medium gone during the walk, or a window closed, leaves
     // an earlier archive of that name as it was.
+    if (m_batch) {
+        // One image of a folder: its archive keeps the image's name, and the next image follows.
+        using ImageFolder::Outcome;
+        const int count = m_finder->count();
+        const Outcome outcome = m_scanAbandoned                          ? Outcome::Cancelled
+                                : m_finder->failed()                      ? Outcome::Unreadable
+                                : count == 0                              ? Outcome::Empty
+                                : std::exchange(m_archive, {})->commit() ? Outcome::Written
+                                                                          : Outcome::Unreadable;
+        m_archive.reset();
+        if (m_scanAbandoned)
+            m_batch->cancelled = true;
+        m_batch->results.append({m_batch->images[m_batch->results.size()], outcome, count});
+        m_imageProgress->setValue(int(m_batch->results.size()));
+        emit scanFinished();
+        nextImage();
+        return;
+    }
     if (m_finder->failed() || m_scanAbandoned) {
         m_archive.reset(); // its temporary file goes with it
     } else if (writeArchive()) {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "formsupport.h"
+#include "imagefolder.h"
 
 #include <QElapsedTimer>
 #include <QString>
 #include <memory>
+#include <optional>
 
 class ArchiveWriter;
 class Clock;
@@ -14,6 +16,9 @@ class DirectoryLister;
 class DriveChooser;
 class Drives;
 class FileFinder;
+class FolderPicker;
+class ImageDirectoryLister;
+class ImageDrive;
 class FoundListModel;
 class PictureLoader;
 class Printer;
@@ -21,6 +26,7 @@ class QLabel;
 class QLineEdit;
 class QListView;
 class QListWidget;
+class QProgressBar;
 class QTimer;
 class QToolButton;
 class WalkThread;
@@ -36,13 +42,20 @@ class CreateArchiveForm : public Form
 public:
     CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
                       Printer &printer, PictureLoader &pictures, const Clock &clock, QWidget *parent = nullptr);
+    // With a picker, the window also catalogues a disc image file chosen beside the drive chooser.
+    CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
+                      FolderPicker &picker, Printer &printer, PictureLoader &pictures, const Clock &clock,
+                      QWidget *parent = nullptr);
     ~CreateArchiveForm() override;
 
     bool isScanning() const;
 
 signals:
-    // The scan of a create press is over (an archive written or not).
+    // The scan of a create press is over (an archive written or not); for a folder of images, the
+    // scan of each image.
     void scanFinished();
+    // A folder of images is done, its summary shown.
+    void imagesFinished();
 
 protected:
     void load() override;
@@ -50,11 +63,20 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    CreateArchiveForm(const DataDirectory &data, Drives &drives, DirectoryLister &lister, Dialogs &dialogs,
+                      FolderPicker *picker, Printer &printer, PictureLoader &pictures, const Clock &clock,
+                      QWidget *parent);
     void buildControls();
     void chooseFolder(int row);
     void showArchives();
     void selectFirstCdRom();
     void create();
+    void chooseImage();
+    void chooseImageFolder();
+    void nextImage();
+    void scan(const QString &drive);
+    void startWalk(const QString &drive, const QString &archiveName);
+    void walkImage(const QString &imagePath, const QString &archiveName);
     void refreshFound();
     void finishScan();
     bool writeArchive();
@@ -68,6 +90,11 @@ private:
     Printer &m_printer;
     PictureLoader &m_pictures;
     const Clock &m_clock;
+    FolderPicker *m_picker = nullptr;
+    // A chosen image stands as a drive of its own, read by its own lister.
+    std::unique_ptr<ImageDrive> m_imageDrive;
+    std::unique_ptr<ImageDirectoryLister> m_imageLister;
+    QString m_firstCdRom = QStringLiteral("d:"); // the drive an image of a disc is catalogued as
 
     QLabel *m_driveHint = nullptr;
     DriveChooser *m_driveChooser = nullptr;
@@ -79,6 +106,19 @@ private:
     QLabel *m_counter = nullptr;
     QLabel *m_endNotice = nullptr;
     QToolButton *m_createButton = nullptr;
+    QToolButton *m_imageButton = nullptr;
+    QToolButton *m_imageFolderButton = nullptr;
+    QProgressBar *m_imageProgress = nullptr;
+    QToolButton *m_cancelImages = nullptr;
+    // A folder of images being catalogued one after the other.
+    struct Batch
+    {
+        QList<ImageFolder::Image> images;
+        QStringList skipped;
+        QList<ImageFolder::Result> results;
+        bool cancelled = false; // stops after the current image
+    };
+    std::optional<Batch> m_batch;
     QToolButton *m_printButton = nullptr;
     QTimer *m_refreshTimer = nullptr;
 

@@ -11,8 +11,8 @@
 #include <utility>
 
 FileFinder::FileFinder(Drives &drives, DirectoryLister &lister)
-    : m_drives(drives)
-    , m_lister(lister)
+    : m_drives(&drives)
+    , m_lister(&lister)
 {
 }
 
@@ -59,7 +59,7 @@ void FileFinder::continueWalk()
 {
     // "d:\JEUX\" is the directory JEUX at the mount point of drive d:; a drive without a medium
     // (or no drive at all) lists nothing, like a drive that is not ready.
-    const std::optional<Drive> drive = m_drives.find(m_root);
+    const std::optional<Drive> drive = m_drives->find(m_root);
     if (drive && !drive->mountPoint.isEmpty()) {
         m_archivePath = Windows1252::encode(m_root);
         QByteArray nativeRoot = QFile::encodeName(drive->mountPoint);
@@ -71,9 +71,9 @@ void FileFinder::continueWalk()
         if (m_listings.empty())
             m_listings.emplace_back();
         // A root that cannot be read is a drive that is not ready: an empty walk, not a failed one.
-        if (m_lister.open(nativeRoot, below.isEmpty(), m_listings.front()) == DirectoryLister::Result::Listed)
+        if (m_lister->open(nativeRoot, below.isEmpty(), m_listings.front()) == DirectoryLister::Result::Listed)
             walk();
-        m_lister.close(); // a medium held open could not be ejected
+        m_lister->close(); // a medium held open could not be ejected
     }
 
     m_running.store(false, std::memory_order_release);
@@ -98,7 +98,7 @@ void FileFinder::walk()
             m_archivePath.truncate(m_levels.back().archiveLength);
             m_levels.pop_back();
             if (!m_levels.empty())
-                m_lister.leave();
+                m_lister->leave();
             continue;
         }
         m_levels.back().next = i + 1;
@@ -107,7 +107,7 @@ void FileFinder::walk()
         if (depth + 1 == m_listings.size())
             m_listings.emplace_back(); // a deque: the listings of the parents stay where they are
         DirectoryListing &children = m_listings[depth + 1];
-        switch (m_lister.enter(entries.nativeName(i), children)) {
+        switch (m_lister->enter(entries.nativeName(i), children)) {
         case DirectoryLister::Result::Listed:
             break;
         case DirectoryLister::Result::Denied:

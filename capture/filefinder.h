@@ -38,6 +38,13 @@ public:
 
     FileFinder(Drives &drives, DirectoryLister &lister);
     ~FileFinder();
+    // The drives and lister the next walk reads through (a disc image's, or the system's); only
+    // between walks.
+    void setMedium(Drives &drives, DirectoryLister &lister)
+    {
+        m_drives = &drives;
+        m_lister = &lister;
+    }
     FileFinder(const FileFinder &) = delete;
     FileFinder &operator=(const FileFinder &) = delete;
 
@@ -97,8 +104,8 @@ private:
     bool record(QByteArrayView name);
     char *room(qsizetype size);
 
-    Drives &m_drives;
-    DirectoryLister &m_lister;
+    Drives *m_drives;
+    DirectoryLister *m_lister;
     QString m_root;
     QString m_pattern;
     QByteArray m_patternBytes; // the pattern in Windows-1252, as names are

@@ -118,3 +118,21 @@ std::optional<QString> WidgetFolderPicker::pickFolder()
         return std::nullopt;
     return folder;
 }
+
+std::optional<QString> WidgetFolderPicker::pickFile(const QString &title, const QStringList &patterns)
+{
+    // Qt's name filters heed case on Linux: "*.iso" becomes "*.[iI][sS][oO]".
+    QStringList anyCase;
+    for (const QString &pattern : patterns) {
+        QString out;
+        for (const QChar c : pattern)
+            out += c.isLetter() ? u'[' + QString(c.toLower()) + QString(c.toUpper()) + u']' : QString(c);
+        anyCase.append(out);
+    }
+    const DialogOwner owner;
+    const QString file = QFileDialog::getOpenFileName(owner.widget(), title, QString(),
+                                                      title + QStringLiteral(" (") + anyCase.join(u' ') + u')');
+    if (file.isEmpty())
+        return std::nullopt;
+    return file;
+}

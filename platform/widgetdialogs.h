@@ -30,6 +30,7 @@ class WidgetFolderPicker final : public FolderPicker
 {
 public:
     std::optional<QString> pickFolder() override;
+    std::optional<QString> pickFile(const QString &title, const QStringList &patterns) override;
 };
 
 // The window that owns a dialog opened now: the active window when the modal one does not block

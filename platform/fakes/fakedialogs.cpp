@@ -39,3 +39,9 @@ std::optional<QString> FakeFolderPicker::pickFolder()
     ++asked;
     return answers.isEmpty() ? std::nullopt : answers.takeFirst();
 }
+
+std::optional<QString> FakeFolderPicker::pickFile(const QString &, const QStringList &patterns)
+{
+    filePatterns = patterns;
+    return fileAnswers.isEmpty() ? std::nullopt : fileAnswers.takeFirst();
+}

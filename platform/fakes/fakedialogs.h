@@ -39,7 +39,10 @@ class FakeFolderPicker final : public FolderPicker
 {
 public:
     std::optional<QString> pickFolder() override;
+    std::optional<QString> pickFile(const QString &title, const QStringList &patterns) override;
 
     QList<std::optional<QString>> answers; // consumed in order; nothing left means cancelled
     int asked = 0;
+    QList<std::optional<QString>> fileAnswers; // the same for files
+    QStringList filePatterns;                  // what the last file choice offered
 };
