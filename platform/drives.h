@@ -14,6 +14,7 @@ struct Drive
     QString mountPoint; // the native root of the drive; empty when no medium is mounted
     QString label = {}; // the volume label, when the medium has one
     QString device = {}; // what is mounted ("/dev/sr0", an image): tells drives apart over time
+    QString medium = {}; // what the mounted medium is known by (its file system, its image); empty when none
 
     bool operator==(const Drive &) const = default;
 };
