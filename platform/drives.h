@@ -48,3 +48,7 @@ qsizetype driveHolding(const QList<Drive> &drives, const QString &path);
 // What a drive chooser shows under the letter: the volume label and the mount point, or that the
 // drive holds no medium.
 QString driveDescription(const Drive &drive);
+
+// A drive's line in a drive chooser's list: its name, its volume label and its mount point
+// ("d:  PCFUN75  (/media/user/PCFUN75)"), or that it is empty ("d:  (vide)").
+QString driveListLine(const Drive &drive);

@@ -49,6 +49,7 @@ using MountSteps = QList<QList<MountEntry>>;
 
 Q_DECLARE_METATYPE(DriveInventory)
 Q_DECLARE_METATYPE(MountSteps)
+Q_DECLARE_METATYPE(Drive)
 
 class tst_LinuxDrives : public QObject
 {
@@ -209,6 +210,28 @@ private slots:
         }
         inventory.mounts.remove(1, 2); // v100 (d:) and v101 (e:) went
         QCOMPARE(describeMedia(LinuxDrives([&] { return inventory; }, bookFile).drives()).first(), u"d: /media/w NEW"_qs);
+    }
+
+    // What a chooser shows of a drive: in its list, and under it.
+    void descriptions_data()
+    {
+        QTest::addColumn<Drive>("drive");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("description");
+        QTest::newRow("labelled") << Drive{u"d:"_qs, DriveType::CdRom, u"/media/user/PCFUN75"_qs, u"PCFUN75"_qs}
+                                  << u"d:  PCFUN75  (/media/user/PCFUN75)"_qs << u"[PCFUN75]  /media/user/PCFUN75"_qs;
+        QTest::newRow("no label") << Drive{u"e:"_qs, DriveType::Fixed, u"/data"_qs} << u"e:  (/data)"_qs << u"/data"_qs;
+        QTest::newRow("empty") << Drive{u"d:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs} << u"d:  (vide)"_qs
+                               << u"(aucun support)"_qs;
+    }
+
+    void descriptions()
+    {
+        QFETCH(Drive, drive);
+        QFETCH(QString, line);
+        QFETCH(QString, description);
+        QCOMPARE(driveListLine(drive), line);
+        QCOMPARE(driveDescription(drive), description);
     }
 
     void driveHoldingPicksTheDeepestMountPoint()
