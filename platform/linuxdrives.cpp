@@ -2,6 +2,8 @@
 
 #include "regularfile.h"
 
+#include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -183,6 +185,21 @@ QHash<QString, QString> fuseImages(const QSet<QString> &mountPoints)
     return images;
 }
 
+// What a medium's top directory holds: each entry's name, size and time.
+QString treeIdentity(const QString &mountPoint)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    const QFileInfoList entries = QDir(mountPoint).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System
+                                                                 | QDir::NoDotAndDotDot, QDir::Name);
+    if (entries.isEmpty())
+        return {};
+    for (const QFileInfo &entry : entries) {
+        hash.addData(QFile::encodeName(entry.fileName()) + '\0' + QByteArray::number(entry.size()) + '\0'
+                     + QByteArray::number(entry.lastModified().toSecsSinceEpoch()) + '\n');
+    }
+    return QStringLiteral("tree:") + QString::fromLatin1(hash.result().toHex());
+}
+
 bool isFuse(const QString &fsType)
 {
     return fsType == QLatin1String("fuse") || fsType.startsWith(QLatin1String("fuse."));
@@ -213,6 +230,12 @@ void identifyMedia(QList<MountEntry> &mounts)
             mount.medium = QStringLiteral("file:") + image;
             if (QFileInfo(image).isFile()) // never a FIFO
                 mount.label = probe(image).label;
+            continue;
+        }
+        if (isFuse(mount.fsType)) {
+            // The image's path was relative to where the server started: the medium's own top
+            // directory tells it from others.
+            mount.medium = treeIdentity(mount.mountPoint);
             continue;
         }
         if (!mount.source.startsWith(QLatin1String("/dev/")))
