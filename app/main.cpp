@@ -27,7 +27,8 @@ int main(int argc, char *argv[])
     DesktopLauncher launcher(data.path());
     WidgetDialogs dialogs(launcher, QApplication::applicationName());
     WidgetFolderPicker folderPicker;
-    LinuxDrives drives;
+    // The letters given to media are remembered beside the catalogues, for the next runs.
+    LinuxDrives drives(data.path() + QStringLiteral("lecteurs.txt"));
     LinuxDirectoryLister directoryLister;
     QtPrinter printer;
     QtPictureLoader pictures;

@@ -2,8 +2,33 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QAbstractItemView>
 #include <QSignalBlocker>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kListLineRole = Qt::UserRole + 1;
+
+// The open list shows what is in each drive; the item's own text, what the window reads as the
+// chosen drive and shows closed, stays the bare name ("d:").
+class ListLineDelegate final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const QString line = index.data(kListLineRole).toString();
+        if (!line.isEmpty())
+            option->text = line;
+    }
+};
+
+} // namespace
 
 DriveChooser::DriveChooser(Drives &drives, const QString &objectName, QWidget *parent)
     : QWidget(parent)
@@ -12,6 +37,7 @@ DriveChooser::DriveChooser(Drives &drives, const QString &objectName, QWidget *p
     m_list = new QComboBox(this);
     m_list->setObjectName(objectName);
     m_list->setAccessibleName(QStringLiteral("Lecteur"));
+    m_list->setItemDelegate(new ListLineDelegate(m_list));
     m_details = new QLabel(this);
     m_details->setObjectName(objectName + QStringLiteral("Details"));
     m_details->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -40,11 +66,13 @@ void DriveChooser::reload()
         for (const Drive &drive : std::as_const(m_shown)) {
             m_list->addItem(drive.name);
             m_list->setItemData(m_list->count() - 1, driveDescription(drive), Qt::ToolTipRole);
+            m_list->setItemData(m_list->count() - 1, driveListLine(drive), kListLineRole);
             if (drive.name == chosen)
                 index = m_list->count() - 1;
         }
         m_list->setCurrentIndex(index >= 0 ? index : (m_list->count() > 0 ? 0 : -1));
     }
+    m_list->view()->setMinimumWidth(m_list->view()->sizeHintForColumn(0) + 8); // the lines whole
     showDetails();
     if (index < 0 && !chosen.isEmpty())
         emit currentDriveChanged(m_list->currentIndex());

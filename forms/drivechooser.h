@@ -7,8 +7,8 @@
 class QComboBox;
 class QLabel;
 
-// A drive chooser: the letters ("d:") in a list, and under it the chosen drive's volume label and
-// mount point. It follows the drives while it lives: a medium mounted or removed shows at once,
+// A drive chooser: the letters ("d:") in a list whose lines tell what is in each drive, and under
+// it the chosen drive's volume label and mount point. It follows the drives while it lives: a medium mounted or removed shows at once,
 // and the drives that stay keep their letters and the choice.
 class DriveChooser final : public QWidget
 {

@@ -39,6 +39,14 @@ qsizetype driveHolding(const QList<Drive> &drives, const QString &path)
     return best;
 }
 
+QString driveListLine(const Drive &drive)
+{
+    if (drive.mountPoint.isEmpty())
+        return drive.name + QStringLiteral("  (vide)");
+    const QString label = drive.label.isEmpty() ? QString() : drive.label + QStringLiteral("  ");
+    return drive.name + QStringLiteral("  ") + label + QLatin1Char('(') + drive.mountPoint + QLatin1Char(')');
+}
+
 QString driveDescription(const Drive &drive)
 {
     if (drive.mountPoint.isEmpty())

@@ -14,6 +14,7 @@ struct Drive
     QString mountPoint; // the native root of the drive; empty when no medium is mounted
     QString label = {}; // the volume label, when the medium has one
     QString device = {}; // what is mounted ("/dev/sr0", an image): tells drives apart over time
+    QString medium = {}; // what the mounted medium is known by (its file system, its image); empty when none
 
     bool operator==(const Drive &) const = default;
 };
@@ -47,3 +48,7 @@ qsizetype driveHolding(const QList<Drive> &drives, const QString &path);
 // What a drive chooser shows under the letter: the volume label and the mount point, or that the
 // drive holds no medium.
 QString driveDescription(const Drive &drive);
+
+// A drive's line in a drive chooser's list: its name, its volume label and its mount point
+// ("d:  PCFUN75  (/media/user/PCFUN75)"), or that it is empty ("d:  (vide)").
+QString driveListLine(const Drive &drive);

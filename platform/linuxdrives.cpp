@@ -1,15 +1,21 @@
 #include "linuxdrives.h"
 
+#include "regularfile.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QSet>
 #include <QSocketNotifier>
 
 #include <algorithm>
 #include <map>
 
+#include <blkid/blkid.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -85,21 +91,162 @@ QString letterName(int index)
     return QString(QChar(u'a' + index)) + QLatin1Char(':');
 }
 
-// What tells a drive apart from the others over time: an optical or floppy drive is its device,
-// whatever is mounted from it; any other volume is what is mounted where.
-QString identityOf(const Drive &drive)
-{
-    if (drive.name == QLatin1String("c:"))
-        return QStringLiteral("c:");
-    if (drive.device.startsWith(QLatin1String("/dev/sr")) || drive.device.startsWith(QLatin1String("/dev/fd")))
-        return drive.device;
-    return drive.device + QLatin1Char('\n') + drive.mountPoint;
-}
-
 // Labels in /dev/disk/by-label escape blanks and other bytes as \xHH.
 QString unescapeLabel(const QString &name)
 {
     return QString::fromUtf8(unescape(QFile::encodeName(name), "\\x", 2, 16));
+}
+
+constexpr qint64 kBookBytes = 64 * 1024;
+
+QHash<QString, QString> udevNames(const QString &directory)
+{
+    // udev names each volume by a link to its device, escaping blanks and other bytes as \xHH.
+    QHash<QString, QString> names;
+    QDirIterator links(directory, QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    while (links.hasNext()) {
+        links.next();
+        const QString device = links.fileInfo().canonicalFilePath();
+        if (!device.isEmpty())
+            names.insert(device, unescapeLabel(links.fileName()));
+    }
+    return names;
+}
+
+struct Probed
+{
+    QString type;
+    QString uuid;  // for ISO 9660, the volume's creation date
+    QString label; // for ISO 9660, the volume identifier
+};
+
+// What libblkid reads from a file system's superblock (a device, or an image file).
+Probed probe(const QString &path)
+{
+    Probed probed;
+    blkid_probe pr = blkid_new_probe_from_filename(QFile::encodeName(path).constData());
+    if (!pr)
+        return probed;
+    blkid_probe_enable_superblocks(pr, 1);
+    blkid_probe_set_superblocks_flags(pr, BLKID_SUBLKS_LABEL | BLKID_SUBLKS_UUID | BLKID_SUBLKS_TYPE);
+    if (blkid_do_safeprobe(pr) == 0) {
+        auto value = [&](const char *name) {
+            const char *data = nullptr;
+            return blkid_probe_lookup_value(pr, name, &data, nullptr) == 0 && data ? QString::fromUtf8(data) : QString();
+        };
+        probed = {value("TYPE"), value("UUID"), value("LABEL")};
+    }
+    blkid_free_probe(pr);
+    return probed;
+}
+
+QString fileSystemIdentity(const QString &type, const QString &uuid, const QString &label)
+{
+    if (uuid.isEmpty() && label.isEmpty())
+        return {};
+    return QStringLiteral("fs:%1:%2:%3").arg(type, uuid, label);
+}
+
+QString absoluteIn(const QString &path, const QString &directory)
+{
+    return QDir::cleanPath(QDir::isAbsolutePath(path) ? path : directory + QLatin1Char('/') + path);
+}
+
+// The image file each FUSE mount point was mounted from, read from the command lines of the
+// processes serving them ("fuseiso -p IMAGE MOUNTPOINT"): the last argument before the mount
+// point that is a regular file.
+QHash<QString, QString> fuseImages(const QSet<QString> &mountPoints)
+{
+    QHash<QString, QString> images;
+    const QStringList processes = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &pid : processes) {
+        if (!pid.at(0).isDigit())
+            continue;
+        QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
+        if (!cmdline.open(QIODevice::ReadOnly))
+            continue;
+        const QList<QByteArray> args = cmdline.read(64 * 1024).split('\0');
+        const QString cwd = QFile::symLinkTarget(QStringLiteral("/proc/%1/cwd").arg(pid));
+        for (qsizetype i = 1; i < args.size(); ++i) {
+            const QString point = absoluteIn(QFile::decodeName(args[i]), cwd);
+            if (!mountPoints.contains(point) || images.contains(point))
+                continue;
+            for (qsizetype j = i - 1; j >= 1; --j) {
+                if (args[j].startsWith('-') || args[j - 1] == "-o")
+                    continue;
+                const QFileInfo image(absoluteIn(QFile::decodeName(args[j]), cwd));
+                if (image.isFile()) {
+                    images.insert(point, image.canonicalFilePath());
+                    break;
+                }
+            }
+        }
+    }
+    return images;
+}
+
+// What a medium's top directory holds: each entry's name, size and time.
+QString treeIdentity(const QString &mountPoint)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    const QFileInfoList entries = QDir(mountPoint).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System
+                                                                 | QDir::NoDotAndDotDot, QDir::Name);
+    if (entries.isEmpty())
+        return {};
+    for (const QFileInfo &entry : entries) {
+        hash.addData(QFile::encodeName(entry.fileName()) + '\0' + QByteArray::number(entry.size()) + '\0'
+                     + QByteArray::number(entry.lastModified().toSecsSinceEpoch()) + '\n');
+    }
+    return QStringLiteral("tree:") + QString::fromLatin1(hash.result().toHex());
+}
+
+bool isFuse(const QString &fsType)
+{
+    return fsType == QLatin1String("fuse") || fsType.startsWith(QLatin1String("fuse."));
+}
+
+// Fills in what each real mount's medium is known by and its label: an image's file (a loop device's
+// backing file, a FUSE image), else the file system's UUID and label from udev, else from libblkid.
+void identifyMedia(QList<MountEntry> &mounts)
+{
+    const QHash<QString, QString> uuids = udevNames(QStringLiteral("/dev/disk/by-uuid"));
+    const QHash<QString, QString> labels = udevNames(QStringLiteral("/dev/disk/by-label"));
+    QSet<QString> fusePoints;
+    for (const MountEntry &mount : std::as_const(mounts)) {
+        if (mount.readable && isFuse(mount.fsType) && !isPseudoFileSystem(mount.fsType))
+            fusePoints.insert(mount.mountPoint);
+    }
+    const QHash<QString, QString> images = fusePoints.isEmpty() ? QHash<QString, QString>() : fuseImages(fusePoints);
+    for (MountEntry &mount : mounts) {
+        if (!mount.readable || isPseudoFileSystem(mount.fsType) || isSystemMountPoint(mount.mountPoint))
+            continue;
+        QString image = images.value(mount.mountPoint);
+        if (mount.source.startsWith(QLatin1String("/dev/loop"))) {
+            QFile backing(QStringLiteral("/sys/block/%1/loop/backing_file").arg(mount.source.mid(5)));
+            if (backing.open(QIODevice::ReadOnly))
+                image = QFile::decodeName(backing.readAll().trimmed());
+        }
+        if (!image.isEmpty()) {
+            mount.medium = QStringLiteral("file:") + image;
+            if (QFileInfo(image).isFile()) // never a FIFO
+                mount.label = probe(image).label;
+            continue;
+        }
+        if (isFuse(mount.fsType)) {
+            // The image's path was relative to where the server started: the medium's own top
+            // directory tells it from others.
+            mount.medium = treeIdentity(mount.mountPoint);
+            continue;
+        }
+        if (!mount.source.startsWith(QLatin1String("/dev/")))
+            continue;
+        const QString device = QFileInfo(mount.source).canonicalFilePath();
+        Probed probed{mount.fsType, uuids.value(device), labels.value(device)};
+        if (probed.uuid.isEmpty() && probed.label.isEmpty() && ::access(QFile::encodeName(device).constData(), R_OK) == 0)
+            probed = probe(device); // no udev (a container): the superblock itself
+        mount.medium = fileSystemIdentity(mount.fsType, probed.uuid, probed.label);
+        mount.label = probed.label;
+    }
 }
 
 } // namespace
@@ -129,18 +276,27 @@ QList<MountEntry> parseMountInfo(QByteArrayView text)
     return mounts;
 }
 
-QList<Drive> assignDriveLetters(const DriveInventory &inventory)
+QString mediumKey(const MountEntry &mount)
+{
+    if (!mount.medium.isEmpty())
+        return mount.medium;
+    if (mount.source.startsWith(QLatin1Char('/')))
+        return QStringLiteral("source:") + mount.source;
+    return QStringLiteral("source:") + mount.source + QStringLiteral(" at ") + mount.mountPoint;
+}
+
+QList<Drive> assignDriveLetters(const DriveInventory &inventory, DriveLetterBook &book)
 {
     // The mount visible at each mount point is the last one mounted there.
     std::map<QString, MountEntry> byMountPoint;
     for (const MountEntry &mount : inventory.mounts)
         byMountPoint[mount.mountPoint] = mount;
-    auto mountOfDevice = [&](const QString &device) -> QString {
+    auto mountOfDevice = [&](const QString &device) -> const MountEntry * {
         for (const auto &[point, mount] : byMountPoint) {
             if (mount.source == device)
-                return point;
+                return &mount;
         }
-        return {};
+        return nullptr;
     };
     const auto system = byMountPoint.find(QStringLiteral("/"));
     auto isSystemFileSystem = [&](const MountEntry &mount) {
@@ -150,70 +306,53 @@ QList<Drive> assignDriveLetters(const DriveInventory &inventory)
         return (!root.deviceNumber.isEmpty() && mount.deviceNumber == root.deviceNumber)
                || (root.source.startsWith(QLatin1String("/dev/")) && mount.source == root.source);
     };
-    auto drive = [&](int letter, DriveType type, const QString &mountPoint, const QString &device) {
-        return Drive{letterName(letter), type, mountPoint, inventory.labels.value(device), device};
+    auto driveOfDevice = [&](DriveType type, const QString &device) {
+        const MountEntry *mount = mountOfDevice(device);
+        if (!mount)
+            return Drive{{}, type, {}, {}, device};
+        return Drive{{}, type, mount->mountPoint, mount->label, device, mediumKey(*mount)};
     };
 
     QList<Drive> drives;
     QSet<QString> devicesListed;
     for (int i = 0; i < std::min<qsizetype>(2, inventory.floppyDevices.size()); ++i) {
         const QString &device = inventory.floppyDevices[i];
-        drives.append(drive(i, DriveType::Removable, mountOfDevice(device), device));
+        drives.append(driveOfDevice(DriveType::Removable, device));
+        drives.last().name = letterName(i);
         devicesListed.insert(device);
     }
-    drives.append(drive(2, DriveType::Fixed, QStringLiteral("/"),
-                        system == byMountPoint.end() ? QString() : system->second.source));
+    Drive systemDrive{letterName(2), DriveType::Fixed, QStringLiteral("/")};
+    if (system != byMountPoint.end())
+        systemDrive.device = system->second.source;
+    drives.append(systemDrive);
 
-    int next = 3; // d:
+    // Those given letters by the book: optical drives by device, volumes by medium.
+    QList<Drive> booked;
+    QList<DriveLetterBook::Wanted> keys;
     for (const QString &device : inventory.opticalDevices) {
-        if (next > 25)
-            break;
-        const QString mountPoint = mountOfDevice(device);
-        drives.append(drive(next++, DriveType::CdRom, mountPoint, device));
+        booked.append(driveOfDevice(DriveType::CdRom, device));
+        keys.append({QStringLiteral("device:") + device, device});
         devicesListed.insert(device);
     }
     for (const auto &[point, mount] : byMountPoint) { // std::map: in order of mount point
-        if (next > 25)
-            break;
         if (point == QLatin1String("/") || !mount.readable || devicesListed.contains(mount.source)
             || isPseudoFileSystem(mount.fsType) || isSystemMountPoint(point) || isBootMountPoint(point)
             || isSystemFileSystem(mount))
             continue;
         const DriveType type = isCdRomFileSystem(mount.fsType) ? DriveType::CdRom : DriveType::Fixed;
-        drives.append(drive(next++, type, point, mount.source));
+        const QString key = mediumKey(mount);
+        booked.append(Drive{{}, type, point, mount.label, mount.source, key});
+        keys.append({key, point});
     }
+    const QList<char> letters = book.give(keys);
+    for (qsizetype i = 0; i < booked.size(); ++i) {
+        if (!letters[i])
+            continue; // every letter taken
+        booked[i].name = QString(QLatin1Char(letters[i])) + QLatin1Char(':');
+        drives.append(booked[i]);
+    }
+    std::sort(drives.begin(), drives.end(), [](const Drive &a, const Drive &b) { return a.name < b.name; });
     return drives;
-}
-
-QList<Drive> keepLetters(const QList<Drive> &shown, const QList<Drive> &fresh)
-{
-    QHash<QString, QString> letterOf;
-    for (const Drive &drive : shown)
-        letterOf.insert(identityOf(drive), drive.name);
-    QSet<QString> taken;
-    for (const Drive &drive : fresh) {
-        const auto kept = letterOf.constFind(identityOf(drive));
-        if (kept != letterOf.cend())
-            taken.insert(*kept);
-    }
-    QList<Drive> result;
-    for (Drive drive : fresh) {
-        const auto kept = letterOf.constFind(identityOf(drive));
-        if (kept != letterOf.cend()) {
-            drive.name = *kept;
-        } else if (taken.contains(drive.name)) {
-            int letter = 3;
-            while (letter <= 25 && taken.contains(letterName(letter)))
-                ++letter;
-            if (letter > 25)
-                continue;
-            drive.name = letterName(letter);
-        }
-        taken.insert(drive.name);
-        result.append(drive);
-    }
-    std::sort(result.begin(), result.end(), [](const Drive &a, const Drive &b) { return a.name < b.name; });
-    return result;
 }
 
 MountWatcher::MountWatcher(const QString &mountTable, QObject *parent)
@@ -253,35 +392,41 @@ DriveInventory LinuxDrives::readInventory()
     });
     for (const QString &name : optical)
         inventory.opticalDevices.append(QStringLiteral("/dev/") + name);
-    // udev names each labelled volume by a link to its device.
-    QDirIterator labels(QStringLiteral("/dev/disk/by-label"), QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
-    while (labels.hasNext()) {
-        labels.next();
-        const QString device = labels.fileInfo().canonicalFilePath();
-        if (!device.isEmpty())
-            inventory.labels.insert(device, unescapeLabel(labels.fileName()));
-    }
+    identifyMedia(inventory.mounts);
     return inventory;
 }
 
-LinuxDrives::LinuxDrives()
-    : m_reader(&LinuxDrives::readInventory)
+LinuxDrives::LinuxDrives(const QString &bookFile)
+    : LinuxDrives(&LinuxDrives::readInventory, bookFile)
 {
     auto *watcher = new MountWatcher(QStringLiteral("/proc/self/mountinfo"), this);
     connect(watcher, &MountWatcher::mountsChanged, this, &LinuxDrives::refresh);
 }
 
-LinuxDrives::LinuxDrives(InventoryReader reader)
+LinuxDrives::LinuxDrives(InventoryReader reader, const QString &bookFile)
     : m_reader(std::move(reader))
+    , m_bookFile(bookFile)
 {
+    if (m_bookFile.isEmpty())
+        return;
+    // Only the letters' memory: a file that is missing, foreign or too large gives letters afresh.
+    bool whole = false;
+    const QByteArray text = readRegularFile(m_bookFile, kBookBytes, &whole);
+    if (whole)
+        m_book = DriveLetterBook::fromText(text);
 }
 
 QList<Drive> LinuxDrives::drives()
 {
-    const QList<Drive> fresh = assignDriveLetters(m_reader());
+    const DriveInventory inventory = m_reader();
     const QMutexLocker lock(&m_mutex);
-    m_given = m_anyGiven ? keepLetters(m_given, fresh) : fresh;
+    m_given = assignDriveLetters(inventory, m_book);
     m_anyGiven = true;
+    if (m_book.takeChanged() && !m_bookFile.isEmpty()) {
+        QSaveFile file(m_bookFile); // whole or not at all
+        if (file.open(QIODevice::WriteOnly) && file.write(m_book.text()) >= 0)
+            file.commit();
+    }
     return m_given;
 }
 

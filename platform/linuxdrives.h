@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driveletterbook.h"
 #include "drives.h"
 
 #include <QByteArrayView>
@@ -20,6 +21,8 @@ struct MountEntry
     QString source;
     bool readable = true;       // a directory the user can list
     QString deviceNumber = {};  // "major:minor" of the file system: the same for all its mounts
+    QString medium = {};        // what the medium is, when known: its file system's identity or image file
+    QString label = {};         // its volume label, when it has one
 };
 
 // What the drive letters are given from: the system's mounts and its floppy and optical devices.
@@ -28,21 +31,22 @@ struct DriveInventory
     QList<MountEntry> mounts;      // in the mount table's order
     QStringList floppyDevices;     // "/dev/fd0", "/dev/fd1"
     QStringList opticalDevices;    // "/dev/sr0", "/dev/sr1", ... in device order
-    QHash<QString, QString> labels = {}; // volume label by device ("/dev/sdb1")
 };
 
 // Parses /proc/self/mountinfo.
 QList<MountEntry> parseMountInfo(QByteArrayView text);
 
-// Letters, in order: a: and b: for floppies, c: for the file system holding "/", the optical
-// drives from d: (listed even when empty), then every other readable, real volume by mount point.
-// Other mounts of the system's own file system (bind mounts, btrfs subvolumes) and the boot
-// partitions are part of c:, not drives.
-QList<Drive> assignDriveLetters(const DriveInventory &inventory);
+// The drives, in letter order: a: and b: for floppies, c: for the file system holding "/", then the
+// optical drives (listed even when empty) and every other readable, real volume, each with the letter
+// `book` gives it: an optical drive keeps its device's letter whatever disc is in it, a volume the
+// letter of its medium (mediumKey). Drives new to the book take the free letters from d:, optical
+// drives first in device order, then volumes by mount point. Other mounts of the system's own file
+// system (bind mounts, btrfs subvolumes) and the boot partitions are part of c:, not drives.
+QList<Drive> assignDriveLetters(const DriveInventory &inventory, DriveLetterBook &book);
 
-// `fresh` with the letters of `shown` kept for the drives that are in both; a new drive takes its
-// own letter when no drive that stays holds it, else the first free letter from d:.
-QList<Drive> keepLetters(const QList<Drive> &shown, const QList<Drive> &fresh);
+// What a mounted medium is known by: its file system's identity or image file (`medium`), else
+// its mount source, and the mount point too when the source names no device or file ("fuseiso").
+QString mediumKey(const MountEntry &mount);
 
 bool isCdRomFileSystem(const QString &fsType);
 
@@ -76,9 +80,11 @@ class LinuxDrives final : public Drives
 public:
     using InventoryReader = std::function<DriveInventory()>;
 
-    // Follows the system's mounts; tests give their own inventory and call refresh() themselves.
-    LinuxDrives();
-    explicit LinuxDrives(InventoryReader reader);
+    // Follows the system's mounts. The letters given are remembered in `bookFile` (none: for this
+    // run only), so media get them back in the next runs.
+    explicit LinuxDrives(const QString &bookFile = {});
+    // Tests give their own inventory and call refresh() themselves.
+    explicit LinuxDrives(InventoryReader reader, const QString &bookFile = {});
 
     // Safe from any thread: a walk looks its drive up on its worker while the window's thread
     // follows the mounts.
@@ -91,7 +97,9 @@ public:
 
 private:
     InventoryReader m_reader;
-    QMutex m_mutex; // guards the two below
+    QString m_bookFile;
+    QMutex m_mutex; // guards the three below
+    DriveLetterBook m_book;
     QList<Drive> m_given;
     bool m_anyGiven = false;
 };

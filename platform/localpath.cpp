@@ -12,9 +12,14 @@ QString localPathOf(const QString &storedPath, Drives &drives)
     if (colon != 1)
         return {};
     const std::optional<Drive> drive = drives.find(storedPath.left(2));
-    if (!drive || drive->mountPoint.isEmpty())
+    return drive ? localPathOn(drive->mountPoint, storedPath) : QString();
+}
+
+QString localPathOn(const QString &mountPoint, const QString &storedPath)
+{
+    if (mountPoint.isEmpty() || storedPath.indexOf(u':') != 1)
         return {};
-    QString path = drive->mountPoint;
+    QString path = mountPoint;
     const QStringList components = storedPath.mid(2).split(u'\\', Qt::SkipEmptyParts);
     for (const QString &component : components) {
         if (component == u"." || component == u"..")

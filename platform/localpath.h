@@ -8,3 +8,6 @@ class Drives;
 // mount point, then each component matched ignoring case against what is on the disc. Empty
 // when the drive has no medium or a component is missing.
 QString localPathOf(const QString &storedPath, Drives &drives);
+
+// The same on the medium mounted at `mountPoint`, whatever the drive letter of `storedPath`.
+QString localPathOn(const QString &mountPoint, const QString &storedPath);

@@ -7,7 +7,6 @@
 #include "folderpicker.h"
 #include "foundrow.h"
 #include "launcher.h"
-#include "localpath.h"
 #include "mediaplayer.h"
 #include "pictureloader.h"
 #include "programkind.h"
@@ -70,12 +69,13 @@ std::optional<QByteArray> headOf(const QString &path)
 
 FoundFileActions::FoundFileActions(const Services &services)
     : m_services(services)
+    , m_locator(services.drives)
 {
 }
 
-QString FoundFileActions::localPathOf(const QString &storedPath) const
+QString FoundFileActions::localPathOf(const QString &storedPath, const FoundRow &row)
 {
-    return storedPath.isEmpty() ? QString() : ::localPathOf(storedPath, m_services.drives);
+    return storedPath.isEmpty() ? QString() : m_locator.localPath(storedPath, row.archiveFile());
 }
 
 std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, const QStringList &extensionList)
@@ -83,7 +83,7 @@ std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, co
     const QString extension = row.extension().toUpper();
     row.setExtension(extension);
     if (extension == u"ICO" || extension == u"CUR" || extension == u"EMF") {
-        const QString local = localPathOf(row.helpPath());
+        const QString local = localPathOf(row.helpPath(), row);
         if (local.isEmpty())
             return std::nullopt;
         return Preview{local, m_services.pictures.loadPicture(local)};
@@ -97,13 +97,13 @@ std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, co
         return std::nullopt;
     }
     if (extension == u"HLP") {
-        const QString local = localPathOf(row.helpPath());
+        const QString local = localPathOf(row.helpPath(), row);
         if (!local.isEmpty())
             m_services.launcher.startWindowsFile(local);
         return std::nullopt;
     }
     if (extension == u"COM" || extension == u"EXE" || extension == u"BAT") {
-        const QString local = localPathOf(row.path());
+        const QString local = localPathOf(row.path(), row);
         if (!local.isEmpty())
             startProgramFile(extension, local);
         return std::nullopt;
@@ -112,7 +112,7 @@ std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, co
         if (ExtensionEntry::extension(entry) != extension)
             continue;
         const QString program = ExtensionEntry::program(entry);
-        const QString local = localPathOf(row.path());
+        const QString local = localPathOf(row.path(), row);
         if (!program.isEmpty() && !local.isEmpty())
             m_services.launcher.startProgram(program, {local});
         break; // the first match decides, started or not
@@ -172,7 +172,7 @@ bool FoundFileActions::playMedia(Media media, const FoundRow &row)
         m_services.dialogs.message(refusal);
         return false;
     }
-    const QString local = localPathOf(row.path());
+    const QString local = localPathOf(row.path(), row);
     if (!local.isEmpty() && isRegularFile(local)) // a FIFO would hold the player's opening for ever
         m_services.media.play(local);
     return true;
@@ -197,7 +197,7 @@ QString FoundFileActions::copyInto(const FoundRow &row, const QString &directory
     if (m_services.dialogs.question(copyQuestion(source, directory), copyTitle(), kDemoHelp) != Answer::Yes)
         return {};
     const QString target = pathInDirectory(directory, source.mid(source.lastIndexOf(u'\\') + 1));
-    const QString local = localPathOf(source);
+    const QString local = localPathOf(source, row);
     if (!local.isEmpty())
         copyFileInto(local, directory, copiedFileName(source));
     return target;

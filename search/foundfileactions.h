@@ -1,5 +1,7 @@
 #pragma once
 
+#include "disclocator.h"
+
 #include <QImage>
 #include <QString>
 #include <QStringList>
@@ -16,8 +18,9 @@ class PictureLoader;
 
 // What a search window does with its current row while the row's medium is in its drive: start it
 // or open it by its extension, show it in the icon preview, play it, copy it; and the checks of the
-// class buttons and of the media operations. Paths on the medium are found through `localPathOf`:
-// a missing disc, file or program gives nothing, and no message.
+// class buttons and of the media operations. Files are found on the medium that holds the row's
+// archive (DiscLocator), whatever its letter: a missing disc, file or program gives nothing, and no
+// message, and no file of another disc is ever used.
 class FoundFileActions
 {
 public:
@@ -74,8 +77,9 @@ public:
     static QString copyTitle() { return QStringLiteral("Copie d'un fichier"); }
 
 private:
-    QString localPathOf(const QString &storedPath) const;
+    QString localPathOf(const QString &storedPath, const FoundRow &row);
     void startProgramFile(const QString &extension, const QString &localPath);
 
     Services m_services;
+    DiscLocator m_locator;
 };

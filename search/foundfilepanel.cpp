@@ -51,9 +51,9 @@ FoundFilePanel::FoundFilePanel(const FoundFileActions::Services &services, QWidg
     connect(m_copy, &QToolButton::clicked, this, &FoundFilePanel::copyCurrentRow);
 }
 
-void FoundFilePanel::choose(const QString &path, const QString &archive)
+void FoundFilePanel::choose(const QString &path, const QString &archive, const QString &archiveFile)
 {
-    m_row.choose(path, archive);
+    m_row.choose(path, archive, archiveFile);
     m_labels->show(m_row);
 }
 

@@ -28,7 +28,7 @@ public:
     QString previewPath() const { return m_previewPath; }
 
     // A left press on a row.
-    void choose(const QString &path, const QString &archive);
+    void choose(const QString &path, const QString &archive, const QString &archiveFile = {});
     // Replaces the current row's extension (the theme search window shares it with its chosen theme).
     void setCurrentExtension(const QString &extension);
     // Without the class buttons and the group's title: "Imprimer", "Copier" and "Espace ICO" only.

@@ -1,7 +1,8 @@
 #include "foundrow.h"
 
-void FoundRow::choose(const QString &path, const QString &archive)
+void FoundRow::choose(const QString &path, const QString &archive, const QString &archiveFile)
 {
+    m_archiveFile = archiveFile;
     m_path = path;
     m_helpPath = path;
     m_quotedPath = u'"' + path + u'"';

@@ -8,10 +8,11 @@
 class FoundRow
 {
 public:
-    // Makes the row with stored path `path` of archive `archive` (its name less ".lst") current.
+    // Makes the row with stored path `path` of archive `archive` (its name less ".lst", its file
+    // `archiveFile`) current.
     // The current extension changes only when the path holds a dot: otherwise the one of the row
     // chosen before stays, and a right press acts by it on the new path.
-    void choose(const QString &path, const QString &archive);
+    void choose(const QString &path, const QString &archive, const QString &archiveFile = {});
 
     QString path() const { return m_path; }
     // The same path, kept for the help and icon actions.
@@ -20,6 +21,8 @@ public:
     QString quotedPath() const { return m_quotedPath; }
     // The archive name and " .lst" (with its blank before the dot).
     QString archiveLabel() const { return m_archiveLabel; }
+    // The archive file the row was found in: its disc is the one acted on.
+    QString archiveFile() const { return m_archiveFile; }
     // The path less its last four characters.
     QString pathLessExtension() const { return m_pathLessExtension; }
     // Up to three characters after the path's last dot.
@@ -36,6 +39,7 @@ private:
     QString m_helpPath;
     QString m_quotedPath;
     QString m_archiveLabel;
+    QString m_archiveFile;
     QString m_pathLessExtension;
     QString m_extension;
     QString m_mediumPrompt;

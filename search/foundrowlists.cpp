@@ -137,9 +137,13 @@ void FoundRowLists::start(SearchRequest request)
 {
     clear();
     QStringList names;
-    for (const ArchiveToScan &archive : std::as_const(request.archives))
+    QStringList files;
+    for (const ArchiveToScan &archive : std::as_const(request.archives)) {
         names.append(archive.name);
+        files.append(archive.filePath);
+    }
     m_results.setArchiveNames(names);
+    m_results.setArchiveFiles(files);
 
     m_run = std::make_unique<SearchRun>(std::move(request));
     SearchRun *run = m_run.get();

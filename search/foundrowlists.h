@@ -39,6 +39,7 @@ public:
     QString path(qsizetype row) const;
     QString extension(qsizetype row) const;
     QString archive(qsizetype row) const;
+    QString archiveFile(qsizetype row) const { return m_results.archiveFile(row); }
     QStringList allPaths() const;
     // The row of the order found that line `line` of `view` shows (the alphabetical view lists
     // them in its own order); -1 for none.

@@ -328,7 +328,7 @@ void SearchForm::setCurrentRow(qsizetype row)
         return;
     m_currentRow = row;
     m_lists->showCurrentRow(row);
-    m_panel->choose(currentPath(), currentArchive());
+    m_panel->choose(currentPath(), currentArchive(), m_lists->archiveFile(row));
     m_medium->setText(m_panel->row().archiveLabel());
     emit currentRowChanged(row);
 }

@@ -1,6 +1,5 @@
 #include "searchfoundfiles.h"
 
-#include "localpath.h"
 #include "searchresults.h"
 #include "windows1252.h"
 
@@ -24,5 +23,5 @@ QString SearchFoundFiles::storedPath(int row) const
 QString SearchFoundFiles::localPath(int row) const
 {
     const QString stored = storedPath(row);
-    return stored.isEmpty() ? QString() : localPathOf(stored, m_drives);
+    return stored.isEmpty() ? QString() : m_locator.localPath(stored, m_results.archiveFile(row));
 }

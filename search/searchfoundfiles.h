@@ -1,17 +1,18 @@
 #pragma once
 
+#include "disclocator.h"
 #include "foundfiles.h"
 
 class Drives;
 class SearchResults;
 
 // The viewers' rows: those of a search window's last search, read by index, found on the medium
-// now in the drive through `localPathOf`.
+// that holds the row's archive (DiscLocator).
 class SearchFoundFiles final : public FoundFiles
 {
 public:
     SearchFoundFiles(const SearchResults &results, Drives &drives)
-        : m_results(results), m_drives(drives) {}
+        : m_results(results), m_locator(drives) {}
 
     int count() const override;
     QString name(int row) const override;
@@ -20,5 +21,5 @@ public:
 
 private:
     const SearchResults &m_results;
-    Drives &m_drives;
+    mutable DiscLocator m_locator;
 };

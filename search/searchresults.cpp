@@ -104,6 +104,11 @@ QString SearchResults::archiveName(qsizetype row) const
     return m_archiveNames.value(locate(row).chunk->archive);
 }
 
+QString SearchResults::archiveFile(qsizetype row) const
+{
+    return row >= 0 && row < m_size ? m_archiveFiles.value(locate(row).chunk->archive) : QString();
+}
+
 QString SearchResults::sortedRow(qsizetype sorted) const
 {
     const qsizetype row = sortedIndex(sorted);

@@ -87,6 +87,8 @@ class SearchResults
 public:
     void clear();
     void setArchiveNames(const QStringList &names) { m_archiveNames = names; }
+    // The archives' files, in the order of their names: where each row's disc is checked against.
+    void setArchiveFiles(const QStringList &files) { m_archiveFiles = files; }
     // The kind of the search, which decides the extension column's rule.
     void setKind(SearchKind kind) { m_kind = kind; }
     // Appends a chunk's rows after the rows already held.
@@ -100,6 +102,7 @@ public:
     QByteArray fileName(qsizetype row) const;
     QByteArray extension(qsizetype row) const;
     QString archiveName(qsizetype row) const;
+    QString archiveFile(qsizetype row) const;
     // A row's path and file name as stored (letters as catalogued), valid while the rows are held.
     QByteArrayView storedPath(qsizetype row) const;
     QByteArrayView storedFileName(qsizetype row) const;
@@ -127,6 +130,7 @@ private:
     Located locate(qsizetype row) const;
 
     QStringList m_archiveNames;
+    QStringList m_archiveFiles;
     std::vector<std::shared_ptr<const ResultChunk>> m_chunks;
     std::vector<qsizetype> m_chunkStarts; // first row of each chunk
     RowOrder m_sorted;

@@ -188,9 +188,13 @@ SearchResults SearchRun::runAndWait(const SearchRequest &request)
     run.wait();
     SearchResults results;
     QStringList names;
-    for (const ArchiveToScan &archive : request.archives)
+    QStringList files;
+    for (const ArchiveToScan &archive : request.archives) {
         names.append(archive.name);
+        files.append(archive.filePath);
+    }
     results.setArchiveNames(names);
+    results.setArchiveFiles(files);
     results.setKind(request.kind);
     for (auto &chunk : run.takeChunks())
         results.append(std::move(chunk));

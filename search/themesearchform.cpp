@@ -228,7 +228,7 @@ void ThemeSearchForm::chooseRow(qsizetype row)
 {
     m_currentRow = row;
     m_lists->showCurrentRow(row);
-    m_panel->choose(foundPath(row), foundArchive(row));
+    m_panel->choose(foundPath(row), foundArchive(row), m_lists->archiveFile(row));
     m_medium->setText(m_panel->row().archiveLabel());
     m_extension->setText(foundExtension(row));
 }

@@ -1,12 +1,18 @@
+#include "disclocator.h"
+#include "archivefile.h"
 #include "fakemediaplayer.h"
+#include "fakedrives.h"
 #include "fakeservices.h"
 #include "foundfileactions.h"
 #include "foundrow.h"
+#include "linuxdrives.h"
 #include "samplepictures.h"
 #include "testsupport.h"
 
 #include <QDir>
 #include <QFile>
+#include <QMap>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -47,17 +53,20 @@ struct Fixture
         TestSupport::writeFile(disc.filePath(u"son.wav"_qs), "RIFF");
         const QImage picture = SamplePictures::bands(16, 16, {Qt::red, Qt::blue});
         TestSupport::writeFile(disc.filePath(u"logo.ico"_qs), SamplePictures::icon(picture, 24, QImage()));
+        ArchiveFile::write(data.path(), u"PCFUN75"_qs, {"d:\\DOC", "d:\\DOC\\.", "d:\\DOC\\README.TXT", "d:\\SETUP.EXE"});
     }
 
     // A left press on a row of archive PCFUN75, then a right press.
     std::optional<FoundFileActions::Preview> press(const QString &path)
     {
-        row.choose(path, u"PCFUN75"_qs);
+        choose(path);
         return actions.act(row, table);
     }
+    void choose(const QString &path) { row.choose(path, u"PCFUN75"_qs, data.filePath(u"PCFUN75.lst"_qs)); }
     QString onDisc(const QString &relative) const { return disc.filePath(relative); }
 
     QTemporaryDir disc;
+    QTemporaryDir data;
     FakeServices services;
     FakeMediaPlayer media;
     FoundFileActions actions{{services.launcher, services.drives, services.dialogs, services.folderPicker,
@@ -66,6 +75,37 @@ struct Fixture
     QStringList table{u"TXT         &4/usr/bin/editor"_qs, u"TXT         &4/usr/bin/second"_qs,
                       u"GI         &1/usr/bin/never"_qs, u"ZIP         &8"_qs};
 };
+
+
+// Media as real directories: each a name and its files (relative paths; directories made as needed).
+struct Media
+{
+    explicit Media(const QMap<QString, QStringList> &trees)
+    {
+        for (auto it = trees.cbegin(); it != trees.cend(); ++it) {
+            for (const QString &file : it.value()) {
+                const QString path = root.filePath(it.key() + u'/' + file);
+                QDir().mkpath(QFileInfo(path).path());
+                TestSupport::writeFile(path, (it.key() + u':' + file).toUtf8());
+            }
+        }
+    }
+    QString path(const QString &medium) const { return root.filePath(medium); }
+    QTemporaryDir root;
+};
+
+const QMap<QString, QStringList> kTrees = {
+    {u"fun"_qs, {u"FILE_ID.DIZ"_qs, u"Doc/LisezMoi.txt"_qs, u"JEUX/CASSE.EXE"_qs, u"JEUX/TETRIS.COM"_qs, u"ZOO/ANE.GIF"_qs}},
+    {u"funcopy"_qs, {u"FILE_ID.DIZ"_qs, u"Doc/LisezMoi.txt"_qs, u"JEUX/CASSE.EXE"_qs, u"JEUX/TETRIS.COM"_qs, u"ZOO/ANE.GIF"_qs}},
+    {u"mag"_qs, {u"FILE_ID.DIZ"_qs, u"Doc/LisezMoi.txt"_qs, u"MAG/SOMMAIRE.TXT"_qs}},
+    // The same first entries as fun, and another end.
+    {u"fun76"_qs, {u"FILE_ID.DIZ"_qs, u"Doc/LisezMoi.txt"_qs, u"JEUX/CASSE.EXE"_qs, u"JEUX/PONG.COM"_qs, u"ZOO/ZEBRE.GIF"_qs}},
+};
+
+// PCFUN75's catalogue, made when it was d:.
+const QList<QByteArray> kFun75 = {"d:\\DOC", "d:\\DOC\\.", "d:\\DOC\\..", "d:\\DOC\\LISEZMOI.TXT", "d:\\FILE_ID.DIZ",
+                                  "d:\\JEUX", "d:\\JEUX\\.", "d:\\JEUX\\..", "d:\\JEUX\\CASSE.EXE", "d:\\JEUX\\TETRIS.COM",
+                                  "d:\\ZOO", "d:\\ZOO\\.", "d:\\ZOO\\..", "d:\\ZOO\\ANE.GIF"};
 
 } // namespace
 
@@ -123,7 +163,7 @@ private slots:
 
         // A lower-case extension is upper-cased and written back.
         f.services.launcher.programs.clear();
-        f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
+        f.choose(u"D:\\DOC\\README.TXT"_qs);
         f.row.setExtension(u"txt"_qs);
         f.actions.act(f.row, f.table);
         QCOMPARE(f.row.extension(), u"TXT"_qs);
@@ -136,7 +176,6 @@ private slots:
         f.press(u"D:\\A.GI"_qs);            // a two-letter entry never matches
         f.press(u"D:\\ARCHIVE.ZIP"_qs);     // an entry with no program
         f.press(u"D:\\DOC\\ABSENT.TXT"_qs); // not on the disc
-        f.press(u"E:\\DOC\\README.TXT"_qs); // no such drive
         QVERIFY(f.services.launcher.programs.isEmpty());
         QVERIFY(f.services.dialogs.shown.isEmpty());
     }
@@ -155,11 +194,6 @@ private slots:
                  (QStringList{f.onDisc(u"jeux/casse.exe"_qs), f.onDisc(u"jeux/win16.exe"_qs),
                               f.onDisc(u"install.bat"_qs), f.onDisc(u"aide.hlp"_qs)}));
         QVERIFY(f.services.launcher.programs.isEmpty());
-
-        // The disc in another drive: d: is empty, nothing starts.
-        f.services.drives.list = {{u"d:"_qs, DriveType::CdRom, QString()}, {u"e:"_qs, DriveType::CdRom, f.disc.path()}};
-        f.press(u"D:\\SETUP.EXE"_qs);
-        QCOMPARE(f.services.launcher.dosPrograms.size(), 2);
     }
 
     void iconsArePreviewedAndMediaPlayed()
@@ -176,7 +210,7 @@ private slots:
         QCOMPARE(f.media.played, (QStringList{f.onDisc(u"film.avi"_qs), f.onDisc(u"son.wav"_qs)}));
 
         // The media operations check the extension first.
-        f.row.choose(u"D:\\SON.WAV"_qs, u"PCFUN75"_qs);
+        f.choose(u"D:\\SON.WAV"_qs);
         QVERIFY(!f.actions.playMedia(FoundFileActions::Media::Video, f.row));
         QCOMPARE(f.services.dialogs.messages(),
                  QStringList{u"Vous devez au préalable rechercher les fichiers AVI dans  le CD de votre choix !"_qs});
@@ -242,7 +276,7 @@ private slots:
     {
         Fixture f;
         QTemporaryDir target;
-        f.row.choose(u"D:\\DOC\\README.TXT"_qs, u"PCFUN75"_qs);
+        f.choose(u"D:\\DOC\\README.TXT"_qs);
         QCOMPARE(f.actions.copyInto(f.row, target.path()), QString()); // answered No
         QCOMPARE(f.services.dialogs.shown.last().title, u"Copie d'un fichier"_qs);
         QCOMPARE(f.services.dialogs.shown.last().text,
@@ -261,6 +295,109 @@ private slots:
         QCOMPARE(TestSupport::readFile(copied), QByteArray("gardé"));
         f.actions.copyInto(f.row, f.onDisc(u"Doc"_qs));
         QCOMPARE(TestSupport::readFile(f.onDisc(u"Doc/ReadMe.txt"_qs)), QByteArray("lisez-moi"));
+    }
+
+    // Which medium a row of PCFUN75 is taken from: drives in letter order, each holding one of the
+    // trees (empty: no medium).
+    void theRightDisc_data()
+    {
+        QTest::addColumn<QStringList>("drives"); // d:, e:, f:
+        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("expected"); // the medium used; empty: none
+        QTest::newRow("at its letter") << QStringList{u"fun"_qs, u"mag"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
+        QTest::newRow("another disc at the letter") << QStringList{u"mag"_qs, u""_qs, u"fun"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
+        QTest::newRow("nowhere") << QStringList{u"mag"_qs, u""_qs} << u"D:\\FILE_ID.DIZ"_qs << QString();
+        QTest::newRow("the same start, another disc") << QStringList{u"fun76"_qs} << u"D:\\FILE_ID.DIZ"_qs << QString();
+        QTest::newRow("two copies: the one at the letter") << QStringList{u"fun"_qs, u"funcopy"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
+        QTest::newRow("two copies: the first by letter") << QStringList{u"mag"_qs, u"funcopy"_qs, u"fun"_qs}
+                                                         << u"D:\\DOC\\LISEZMOI.TXT"_qs << u"funcopy"_qs;
+        // The right disc decides, even when only another one has the file.
+        QTest::newRow("a file missing from the right disc") << QStringList{u"mag"_qs, u"fun"_qs} << u"D:\\MAG\\SOMMAIRE.TXT"_qs
+                                                            << QString();
+    }
+
+    void theRightDisc()
+    {
+        QFETCH(QStringList, drives);
+        QFETCH(QString, row);
+        QFETCH(QString, expected);
+        const Media media(kTrees);
+        QTemporaryDir data;
+        QVERIFY(ArchiveFile::write(data.path(), u"PCFUN75"_qs, kFun75));
+        FakeDrives fake({{u"c:"_qs, DriveType::Fixed, u"/"_qs}});
+        for (qsizetype i = 0; i < drives.size(); ++i) {
+            fake.list.append({QString(QChar(char16_t(u'd' + i))) + u':', DriveType::CdRom,
+                              drives[i].isEmpty() ? QString() : media.path(drives[i]), {}, {}, drives[i]});
+        }
+        DiscLocator locator(fake);
+        const QString local = locator.localPath(row, data.filePath(u"PCFUN75.lst"_qs));
+        if (expected.isEmpty())
+            QCOMPARE(local, QString());
+        else
+            QVERIFY2(local.startsWith(media.path(expected) + u'/'), qPrintable(local));
+    }
+
+    // Two mounted discs (images through FUSE where it works, else directories standing as mounts):
+    // PCFUN75 was d: when catalogued, PCMAG13 has its letter now; the right FILE_ID.DIZ opens, and
+    // nothing once PCFUN75 is gone.
+    void theRightFileOpensWhereverItsDiscIs()
+    {
+        const Media media(kTrees);
+        QTemporaryDir work;
+        QString why;
+        const bool fuse = TestSupport::fuseUsable(&why);
+        QList<MountEntry> mounts = {{u"/"_qs, u"ext4"_qs, u"/dev/sda1"_qs}};
+        QStringList mounted;
+        for (const QString &name : {u"mag"_qs, u"fun"_qs}) {
+            QString point = media.path(name);
+            if (fuse) {
+                const QString image = work.filePath(name + u".iso"_qs);
+                point = work.filePath(name + u"-mnt"_qs);
+                QString output;
+                QVERIFY(QDir().mkpath(point));
+                QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-o"_qs, image, media.path(name)}, &output),
+                         qPrintable(output));
+                QVERIFY2(TestSupport::run(u"fuseiso"_qs, {image, point}, &output), qPrintable(output));
+                mounted.append(point);
+            }
+            mounts.append({point, u"fuse.fuseiso"_qs, u"fuseiso"_qs});
+        }
+        const auto unmount = qScopeGuard([&] { for (const QString &point : mounted) TestSupport::unmountFuse(point); });
+        std::unique_ptr<Drives> drives;
+        if (fuse)
+            drives = std::make_unique<LinuxDrives>();
+        else
+            drives = std::make_unique<LinuxDrives>([&mounts] { return DriveInventory{mounts, {}, {}}; });
+        const QString funPoint = mounts[2].mountPoint;
+        const auto letterOf = [&](const QString &point) {
+            const QList<Drive> all = drives->drives();
+            const auto drive = std::find_if(all.cbegin(), all.cend(), [&](const Drive &d) { return d.mountPoint == point; });
+            return drive == all.cend() ? QString() : drive->name;
+        };
+        const QString letter = letterOf(mounts[1].mountPoint).toUpper(); // PCMAG13's
+        QVERIFY(!letter.isEmpty() && !letterOf(funPoint).isEmpty());
+        QList<QByteArray> catalogue;
+        for (const QByteArray &entry : kFun75)
+            catalogue.append(letter.left(1).toLower().toLatin1() + entry.mid(1));
+        QTemporaryDir data;
+        QVERIFY(ArchiveFile::write(data.path(), u"PCFUN75"_qs, catalogue));
+
+        FakeServices services;
+        FakeMediaPlayer player;
+        FoundFileActions actions({services.launcher, *drives, services.dialogs, services.folderPicker, services.pictures, player});
+        FoundRow row;
+        row.choose(letter + u"\\FILE_ID.DIZ"_qs, u"PCFUN75"_qs, data.filePath(u"PCFUN75.lst"_qs));
+        const QStringList table{u"DIZ         &4/usr/bin/editor"_qs};
+        actions.act(row, table);
+        QCOMPARE(services.launcher.programs.size(), 1);
+        QCOMPARE(TestSupport::readFile(services.launcher.programs[0].value(1)), QByteArray("fun:FILE_ID.DIZ"));
+
+        if (fuse)
+            QVERIFY(TestSupport::unmountFuse(funPoint));
+        else
+            mounts.removeAt(2);
+        actions.act(row, table);
+        QCOMPARE(services.launcher.programs.size(), 1);
     }
 };
 

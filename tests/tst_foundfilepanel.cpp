@@ -24,6 +24,8 @@ struct Fixture : SearchWindowFixture<SearchForm>
         QDir(disc.path()).mkpath(u"icones"_qs);
         TestSupport::writeFile(disc.filePath(u"doc/readme.txt"_qs), "lisez-moi");
         TestSupport::writeFile(disc.filePath(u"README"_qs), "sans extension");
+        QDir(disc.path()).mkpath(u"img"_qs); // the disc holds all of its archive: it is checked
+        TestSupport::writeFile(disc.filePath(u"img/ane.gif"_qs), "GIF89a");
         TestSupport::writeFile(disc.filePath(u"icones/logo.ico"_qs),
                                SamplePictures::icon(SamplePictures::bands(32, 32, {Qt::red, Qt::green}), 24, QImage()));
         selectArchives({u"PCFUN75.lst"_qs});

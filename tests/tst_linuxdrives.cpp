@@ -14,6 +14,14 @@ MountEntry mount(const char *point, const char *type, const char *source, bool r
     return {QLatin1String(point), QLatin1String(type), QLatin1String(source), readable, QLatin1String(deviceNumber)};
 }
 
+// A medium known by `medium` (empty: nothing known of it but its source).
+MountEntry medium(const char *point, const char *medium, const char *source = "/dev/sdz1")
+{
+    MountEntry entry = mount(point, "vfat", source);
+    entry.medium = QLatin1String(medium);
+    return entry;
+}
+
 QStringList describe(const QList<Drive> &drives)
 {
     QStringList out;
@@ -24,7 +32,24 @@ QStringList describe(const QList<Drive> &drives)
     return out;
 }
 
+// The drives after c:, with what each is known by.
+QStringList describeMedia(const QList<Drive> &drives)
+{
+    QStringList out;
+    for (const Drive &drive : drives) {
+        if (drive.name > u"c:")
+            out.append((drive.name + u' ' + drive.mountPoint + u' ' + drive.medium).trimmed());
+    }
+    return out;
+}
+
+using MountSteps = QList<QList<MountEntry>>;
+
 } // namespace
+
+Q_DECLARE_METATYPE(DriveInventory)
+Q_DECLARE_METATYPE(MountSteps)
+Q_DECLARE_METATYPE(Drive)
 
 class tst_LinuxDrives : public QObject
 {
@@ -36,139 +61,177 @@ private slots:
         const QByteArray text =
             "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
             "40 22 11:0 / /media/user/MON\\040CD rw,relatime shared:5 master:1 - iso9660 /dev/sr0 ro\n"
-            "41 22 0:50 / /tmp/img rw - fuse.fuseiso fuseiso rw,user_id=0\n"
             "garbage line\n\n";
         const QList<MountEntry> mounts = parseMountInfo(text);
-        QCOMPARE(mounts.size(), 3);
+        QCOMPARE(mounts.size(), 2);
         QCOMPARE(mounts[1].mountPoint, u"/media/user/MON CD"_qs);
         QCOMPARE(mounts[1].fsType, u"iso9660"_qs);
         QCOMPARE(mounts[1].source, u"/dev/sr0"_qs);
-        QCOMPARE(mounts[2].fsType, u"fuse.fuseiso"_qs);
+        QCOMPARE(mounts[1].deviceNumber, u"11:0"_qs);
     }
 
-    void lettersFollowTheDevicesThenMountPoints()
+    // Which mounts are drives, and the letters a machine seen for the first time gives.
+    void firstLetters_data()
     {
-        DriveInventory inventory;
-        inventory.floppyDevices = {u"/dev/fd0"_qs};
-        inventory.opticalDevices = {u"/dev/sr0"_qs, u"/dev/sr1"_qs};
-        inventory.mounts = {
-            mount("/", "ext4", "/dev/sda1"),
-            mount("/proc", "proc", "proc"),
-            mount("/sys/fs/cgroup", "cgroup2", "cgroup2"),
-            mount("/run/user/1000", "tmpfs", "tmpfs"),
-            mount("/run/media/anne/USB", "vfat", "/dev/sdb1"),
-            mount("/media/cdrom1", "iso9660", "/dev/sr1"),
-            mount("/tmp/disque", "fuse.fuseiso", "fuseiso"),
-            mount("/home", "ext4", "/dev/sda2"),
-            mount("/mnt/secret", "ext4", "/dev/sda3", false),
-            mount("/snap/core/1", "squashfs", "/dev/loop0"),
-            mount("/dev/shm", "tmpfs", "shm"),
+        QTest::addColumn<DriveInventory>("inventory");
+        QTest::addColumn<QStringList>("expected");
+        DriveInventory mixed;
+        mixed.floppyDevices = {u"/dev/fd0"_qs};
+        mixed.opticalDevices = {u"/dev/sr0"_qs, u"/dev/sr1"_qs};
+        mixed.mounts = {
+            mount("/", "ext4", "/dev/sda1"), mount("/proc", "proc", "proc"), mount("/run/user/1000", "tmpfs", "tmpfs"),
+            mount("/run/media/anne/USB", "vfat", "/dev/sdb1"), mount("/media/cdrom1", "iso9660", "/dev/sr1"),
+            mount("/tmp/disque", "fuse.fuseiso", "fuseiso"), mount("/home", "ext4", "/dev/sda2"),
+            mount("/mnt/secret", "ext4", "/dev/sda3", false), mount("/snap/core/1", "squashfs", "/dev/loop0"),
         };
-        const QStringList expected = {
-            u"a: floppy "_qs,
-            u"c: disk /"_qs,
-            u"d: cd "_qs,                      // an empty optical drive is listed all the same
-            u"e: cd /media/cdrom1"_qs,
-            u"f: disk /home"_qs,
-            u"g: disk /run/media/anne/USB"_qs,
-            u"h: cd /tmp/disque"_qs,          // an image mounted through FUSE counts as a CD-ROM
-        };
-        QCOMPARE(describe(assignDriveLetters(inventory)), expected);
+        const QStringList mixedLetters = {u"a: floppy "_qs, u"c: disk /"_qs,
+                                          u"d: cd "_qs, // an empty optical drive is listed all the same
+                                          u"e: cd /media/cdrom1"_qs, u"f: disk /home"_qs, u"g: disk /run/media/anne/USB"_qs,
+                                          u"h: cd /tmp/disque"_qs}; // an image mounted through FUSE is a CD-ROM
+        QTest::newRow("devices, then mount points") << mixed << mixedLetters;
+        std::reverse(mixed.mounts.begin(), mixed.mounts.end());
+        QTest::newRow("the table in another order") << mixed << mixedLetters;
 
-        // The same drives listed in another order give the same letters.
-        std::reverse(inventory.mounts.begin(), inventory.mounts.end());
-        QCOMPARE(describe(assignDriveLetters(inventory)), expected);
-    }
+        DriveInventory floppies;
+        floppies.floppyDevices = {u"/dev/fd0"_qs, u"/dev/fd1"_qs, u"/dev/fd2"_qs};
+        floppies.mounts = {mount("/", "ext4", "/dev/sda1"), mount("/mnt/cd", "ext4", "/dev/sdc1"),
+                           mount("/mnt/cd", "udf", "/dev/sdc2")};
+        QTest::newRow("two floppies; the last mount at a point") << floppies
+            << QStringList{u"a: floppy "_qs, u"b: floppy "_qs, u"c: disk /"_qs, u"d: cd /mnt/cd"_qs};
 
-    void twoFloppiesAtMost()
-    {
-        DriveInventory inventory;
-        inventory.floppyDevices = {u"/dev/fd0"_qs, u"/dev/fd1"_qs, u"/dev/fd2"_qs};
-        inventory.mounts = {mount("/", "ext4", "/dev/sda1")};
-        QCOMPARE(describe(assignDriveLetters(inventory)), (QStringList{u"a: floppy "_qs, u"b: floppy "_qs, u"c: disk /"_qs}));
-    }
-
-    void lastMountAtAPointIsTheVisibleOne()
-    {
-        DriveInventory inventory;
-        inventory.mounts = {mount("/", "ext4", "/dev/sda1"), mount("/mnt/cd", "ext4", "/dev/sdc1"),
-                            mount("/mnt/cd", "udf", "/dev/sdc2")};
-        QCOMPARE(describe(assignDriveLetters(inventory)), (QStringList{u"c: disk /"_qs, u"d: cd /mnt/cd"_qs}));
-    }
-
-    void theSystemsOwnFileSystemIsNotADrive()
-    {
-        DriveInventory inventory;
-        inventory.mounts = {
+        DriveInventory system;
+        system.mounts = {
             mount("/", "btrfs", "/dev/nvme0n1p2", true, "0:31"),
-            mount("/home", "btrfs", "/dev/nvme0n1p2", true, "0:31"),       // a subvolume
-            mount("/srv/www", "btrfs", "/dev/nvme0n1p2", true, "0:31"),    // a bind mount
-            mount("/var/lib/docker/btrfs", "btrfs", "/dev/nvme0n1p2", true, "0:31"),
-            mount("/boot/efi", "vfat", "/dev/nvme0n1p1", true, "259:1"),   // the system disk's EFI partition
-            mount("/boot", "ext4", "/dev/nvme0n1p3", true, "259:3"),
-            mount("/data", "ext4", "/dev/sda1", true, "8:1"),              // another disk: a drive
-            mount("/media/anne/CLE USB", "vfat", "/dev/sdb1", true, "8:17"),
+            mount("/home", "btrfs", "/dev/nvme0n1p2", true, "0:31"),    // a subvolume
+            mount("/srv/www", "btrfs", "/dev/nvme0n1p2", true, "0:31"), // a bind mount
+            mount("/boot/efi", "vfat", "/dev/nvme0n1p1", true, "259:1"),
+            mount("/data", "ext4", "/dev/sda1", true, "8:1"),
+            mount("/work", "overlay", "overlay", true, "0:31"),         // told by its device number
         };
-        inventory.labels = {{u"/dev/sdb1"_qs, u"CLE USB"_qs}};
-        const QList<Drive> drives = assignDriveLetters(inventory);
-        QCOMPARE(describe(drives), (QStringList{u"c: disk /"_qs, u"d: disk /data"_qs, u"e: disk /media/anne/CLE USB"_qs}));
-        QCOMPARE(drives[2].label, u"CLE USB"_qs);
-        QCOMPARE(drives[2].device, u"/dev/sdb1"_qs);
-        QCOMPARE(driveDescription(drives[2]), u"[CLE USB]  /media/anne/CLE USB"_qs);
-        QCOMPARE(driveDescription(drives[1]), u"/data"_qs);
-        QCOMPARE(driveDescription(Drive{u"d:"_qs, DriveType::CdRom, QString()}), u"(aucun support)"_qs);
-
-        // The same file system bind-mounted from an overlay root is told by its device number.
-        inventory.mounts = {mount("/", "overlay", "overlay", true, "0:50"), mount("/work", "overlay", "overlay", true, "0:50"),
-                            mount("/mnt/usb", "vfat", "/dev/sdc1", true, "8:33")};
-        QCOMPARE(describe(assignDriveLetters(inventory)), (QStringList{u"c: disk /"_qs, u"d: disk /mnt/usb"_qs}));
+        QTest::newRow("the system's own file system") << system << QStringList{u"c: disk /"_qs, u"d: disk /data"_qs};
     }
 
-    void lettersOfTheDrivesThatStayDoNotMove()
+    void firstLetters()
     {
+        QFETCH(DriveInventory, inventory);
+        QFETCH(QStringList, expected);
+        DriveLetterBook book;
+        QCOMPARE(describe(assignDriveLetters(inventory, book)), expected);
+    }
+
+    // The same run sees mounts come and go: each medium keeps its letter, wherever it is mounted.
+    void lettersStayWithMedia_data()
+    {
+        QTest::addColumn<MountSteps>("steps");
+        QTest::addColumn<QList<QStringList>>("expected"); // after each step
+        QTest::newRow("remounted in the other order")
+            << MountSteps{{medium("/media/a", "PCFUN75"), medium("/media/b", "PCMAG13")}, {},
+                          {medium("/media/a", "PCMAG13"), medium("/media/b", "PCFUN75")}}
+            << QList<QStringList>{{u"d:"_qs, u"e: /media/a PCFUN75"_qs, u"f: /media/b PCMAG13"_qs},
+                                  {u"d:"_qs},
+                                  {u"d:"_qs, u"e: /media/b PCFUN75"_qs, u"f: /media/a PCMAG13"_qs}};
+        QTest::newRow("a disc replaced in the same drive")
+            << MountSteps{{medium("/media/cdrom", "PCFUN75", "/dev/sr0"), medium("/media/s", "STICK")},
+                          {medium("/media/cdrom", "PCMAG13", "/dev/sr0"), medium("/media/s", "STICK")}}
+            << QList<QStringList>{{u"d: /media/cdrom PCFUN75"_qs, u"e: /media/s STICK"_qs},
+                                  {u"d: /media/cdrom PCMAG13"_qs, u"e: /media/s STICK"_qs}};
+        QTest::newRow("two copies of one disc")
+            << MountSteps{{medium("/media/a", "PCFUN75"), medium("/mnt/image", "PCFUN75")},
+                          {medium("/mnt/image", "PCFUN75")},
+                          {medium("/mnt/image", "PCFUN75"), medium("/media/z", "PCFUN75")}}
+            << QList<QStringList>{{u"d:"_qs, u"e: /media/a PCFUN75"_qs, u"f: /mnt/image PCFUN75"_qs},
+                                  {u"d:"_qs, u"f: /mnt/image PCFUN75"_qs},
+                                  {u"d:"_qs, u"e: /media/z PCFUN75"_qs, u"f: /mnt/image PCFUN75"_qs}};
+        QTest::newRow("known by the mount source; a freed letter stays free")
+            << MountSteps{{medium("/media/a", "", "/dev/sdb1"), medium("/mnt/1", "", "fuseiso")},
+                          {medium("/media/a", "", "/dev/sdc1")},
+                          {medium("/media/b", "", "/dev/sdb1")}}
+            << QList<QStringList>{{u"d:"_qs, u"e: /media/a source:/dev/sdb1"_qs, u"f: /mnt/1 source:fuseiso at /mnt/1"_qs},
+                                  {u"d:"_qs, u"g: /media/a source:/dev/sdc1"_qs},
+                                  {u"d:"_qs, u"e: /media/b source:/dev/sdb1"_qs}};
+    }
+
+    void lettersStayWithMedia()
+    {
+        QFETCH(MountSteps, steps);
+        QFETCH(QList<QStringList>, expected);
         DriveInventory inventory;
         inventory.opticalDevices = {u"/dev/sr0"_qs};
-        inventory.mounts = {mount("/", "ext4", "/dev/sda1", true, "8:1"),
-                            mount("/media/b", "vfat", "/dev/sdc1", true, "8:33"),
-                            mount("/media/d", "vfat", "/dev/sdd1", true, "8:49")};
         LinuxDrives drives([&inventory] { return inventory; });
         QSignalSpy changed(&drives, &Drives::changed);
-        QCOMPARE(describe(drives.drives()),
-                 (QStringList{u"c: disk /"_qs, u"d: cd "_qs, u"e: disk /media/b"_qs, u"f: disk /media/d"_qs}));
-
-        // A stick mounted at a point sorted before the others, and a disc in the optical drive:
-        // the drives that were there keep their letters, the new one takes the first free letter.
-        inventory.mounts.append(mount("/media/a", "vfat", "/dev/sde1", true, "8:65"));
-        inventory.mounts.append(mount("/media/cdrom", "iso9660", "/dev/sr0", true, "11:0"));
-        drives.refresh();
-        QCOMPARE(changed.size(), 1);
-        QCOMPARE(describe(drives.drives()), (QStringList{u"c: disk /"_qs, u"d: cd /media/cdrom"_qs, u"e: disk /media/b"_qs,
-                                                         u"f: disk /media/d"_qs, u"g: disk /media/a"_qs}));
-        // Nothing changed: nothing said.
-        drives.refresh();
-        QCOMPARE(changed.size(), 1);
-
-        // e: goes; f: stays f:, and a new stick takes the first free letter, not one still held.
-        inventory.mounts.removeAt(1);
-        inventory.mounts.append(mount("/media/z", "vfat", "/dev/sdf1", true, "8:81"));
-        drives.refresh();
-        QCOMPARE(changed.size(), 2);
-        QCOMPARE(describe(drives.drives()), (QStringList{u"c: disk /"_qs, u"d: cd /media/cdrom"_qs, u"e: disk /media/z"_qs,
-                                                         u"f: disk /media/d"_qs, u"g: disk /media/a"_qs}));
-        QCOMPARE(drives.find(u"F:\\"_qs)->mountPoint, u"/media/d"_qs);
+        for (qsizetype i = 0; i < steps.size(); ++i) {
+            inventory.mounts = QList<MountEntry>{mount("/", "ext4", "/dev/sda1", true, "8:1")} + steps[i];
+            drives.refresh();
+            QCOMPARE(describeMedia(drives.drives()), expected[i]);
+        }
+        QCOMPARE(changed.size(), steps.size());
+        drives.refresh(); // nothing changed: nothing said
+        QCOMPARE(changed.size(), steps.size());
     }
 
-    // Every letter from d: to z: held: a new volume gets none rather than a letter twice.
-    void aNewVolumeWithoutAFreeLetterIsLeftOut()
+    // The letters outlive the run; a lost or foreign memory only means letters given afresh.
+    void lettersAreRememberedAcrossRuns()
     {
-        QList<Drive> shown;
-        for (int letter = 3; letter <= 25; ++letter) {
-            const QString point = u"/media/v"_qs + QString::number(letter);
-            shown.append({QString(QChar(u'a' + letter)) + u":"_qs, DriveType::Fixed, point, {}, point});
+        QTemporaryDir data;
+        const QString bookFile = data.filePath(u"lecteurs.txt"_qs);
+        DriveInventory inventory;
+        inventory.mounts = {mount("/", "ext4", "/dev/sda1"), medium("/media/a", "PCFUN75"), medium("/media/b", "PCMAG13")};
+        QCOMPARE(describeMedia(LinuxDrives([&] { return inventory; }, bookFile).drives()),
+                 (QStringList{u"d: /media/a PCFUN75"_qs, u"e: /media/b PCMAG13"_qs}));
+
+        // The next run: PCMAG13 alone, then a new disc, which does not take PCFUN75's letter.
+        inventory.mounts = {mount("/", "ext4", "/dev/sda1"), medium("/media/a", "PCMAG13"), medium("/media/c", "NEW")};
+        QCOMPARE(describeMedia(LinuxDrives([&] { return inventory; }, bookFile).drives()),
+                 (QStringList{u"e: /media/a PCMAG13"_qs, u"f: /media/c NEW"_qs}));
+
+        QVERIFY(TestSupport::writeFile(bookFile, "e\tx\n\x01\x02 garbage\n"));
+        QCOMPARE(describeMedia(LinuxDrives([&] { return inventory; }, bookFile).drives()),
+                 (QStringList{u"d: /media/a PCMAG13"_qs, u"e: /media/c NEW"_qs}));
+    }
+
+    // Every letter from d: to z: held in this run: a new volume gets none rather than a letter
+    // twice. In the next run, it takes the letter of the medium seen longest ago.
+    void whenEveryLetterIsTaken()
+    {
+        QTemporaryDir data;
+        const QString bookFile = data.filePath(u"lecteurs.txt"_qs);
+        DriveInventory inventory;
+        inventory.mounts = {mount("/", "ext4", "/dev/sda1")};
+        for (int letter = 0; letter < 23; ++letter) {
+            inventory.mounts.append(mount("/media/v", "vfat", "/dev/sdz"));
+            inventory.mounts.last().mountPoint += QString::number(100 + letter); // in letter order
+            inventory.mounts.last().medium = inventory.mounts.last().mountPoint;
         }
-        QList<Drive> fresh = shown;
-        fresh.append({u"d:"_qs, DriveType::Fixed, u"/media/new"_qs, {}, u"/media/new"_qs});
-        QCOMPARE(keepLetters(shown, fresh), shown);
+        {
+            LinuxDrives drives([&] { return inventory; }, bookFile);
+            const QList<Drive> before = drives.drives();
+            inventory.mounts.append(medium("/media/w", "NEW"));
+            QCOMPARE(drives.drives(), before);
+        }
+        inventory.mounts.remove(1, 2); // v100 (d:) and v101 (e:) went
+        QCOMPARE(describeMedia(LinuxDrives([&] { return inventory; }, bookFile).drives()).first(), u"d: /media/w NEW"_qs);
+    }
+
+    // What a chooser shows of a drive: in its list, and under it.
+    void descriptions_data()
+    {
+        QTest::addColumn<Drive>("drive");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("description");
+        QTest::newRow("labelled") << Drive{u"d:"_qs, DriveType::CdRom, u"/media/user/PCFUN75"_qs, u"PCFUN75"_qs}
+                                  << u"d:  PCFUN75  (/media/user/PCFUN75)"_qs << u"[PCFUN75]  /media/user/PCFUN75"_qs;
+        QTest::newRow("no label") << Drive{u"e:"_qs, DriveType::Fixed, u"/data"_qs} << u"e:  (/data)"_qs << u"/data"_qs;
+        QTest::newRow("empty") << Drive{u"d:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs} << u"d:  (vide)"_qs
+                               << u"(aucun support)"_qs;
+    }
+
+    void descriptions()
+    {
+        QFETCH(Drive, drive);
+        QFETCH(QString, line);
+        QFETCH(QString, description);
+        QCOMPARE(driveListLine(drive), line);
+        QCOMPARE(driveDescription(drive), description);
     }
 
     void driveHoldingPicksTheDeepestMountPoint()
@@ -178,7 +241,6 @@ private slots:
                                      {u"e:"_qs, DriveType::Removable, u"/media/usb"_qs},
                                      {u"f:"_qs, DriveType::Fixed, u"/mnt/disk/"_qs}};
         QCOMPARE(driveHolding(drives, u"/home/kalvex2"_qs), 0);
-        QCOMPARE(driveHolding(drives, u"/"_qs), 0);
         QCOMPARE(driveHolding(drives, u"/media/usb"_qs), 2);
         QCOMPARE(driveHolding(drives, u"/media/usb/kalvex2"_qs), 2);
         QCOMPARE(driveHolding(drives, u"/media/usb2"_qs), 0);
@@ -187,7 +249,8 @@ private slots:
     }
 
     // A real mount after the drives were first read: the mount table wakes the watcher, and the
-    // image becomes a CD-ROM drive; unmounted, it goes.
+    // image becomes a CD-ROM drive known by its file and labelled with its volume identifier;
+    // unmounted, it goes.
     void aMountAfterStartIsFollowed()
     {
         QString why;
@@ -199,7 +262,8 @@ private slots:
         QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "x"));
         const QString image = base.filePath(u"stick.iso"_qs);
         QString output;
-        QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-o"_qs, image, base.filePath(u"tree"_qs)}, &output),
+        QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-V"_qs, u"PCFUN75"_qs, u"-o"_qs, image,
+                                                     base.filePath(u"tree"_qs)}, &output),
                  qPrintable(output));
 
         LinuxDrives drives;
@@ -215,6 +279,8 @@ private slots:
                                              [&](const Drive &drive) { return drive.mountPoint == mountPoint; });
         QVERIFY2(imageDrive != after.cend(), "the mounted image is not a drive");
         QCOMPARE(imageDrive->type, DriveType::CdRom);
+        QCOMPARE(imageDrive->medium, u"file:"_qs + QFileInfo(image).canonicalFilePath());
+        QCOMPARE(imageDrive->label, u"PCFUN75"_qs);
         for (const Drive &drive : before) { // the drives that stay keep their letters
             for (const Drive &now : after) {
                 if (now.mountPoint == drive.mountPoint && now.device == drive.device)

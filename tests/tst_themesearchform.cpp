@@ -20,6 +20,9 @@ struct Fixture : SearchWindowFixture<ThemeSearchForm>
                               // Written as the themes window writes it; a comma splits a line.
                               {u"jeux"_qs, u"lis"_qs, u"read, txt"_qs, QString()})
     {
+        QDir(disc.path()).mkpath(u"jeux"_qs); // the disc holds its archive: it is checked
+        TestSupport::writeFile(disc.filePath(u"jeux/casse.exe"_qs), "MZ");
+        TestSupport::writeFile(disc.filePath(u"lisezmoi"_qs), "");
     }
     QString text(const QString &label) { return child<QLabel>(label)->text(); }
     void choose(const QString &list, int row)

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QHash>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+
+class Drives;
+struct Drive;
+
+// Finds a found file on its own disc. A letter is only the name a medium had when it was
+// catalogued: before a file is opened, run, shown or copied, the medium at the row's letter must
+// hold the row's archive (a few of the archive's entries, from its start and spread through it,
+// are there, ignoring case). When it holds another disc, the mounted medium that holds the archive
+// is used (the first by letter); when none does, there is no file.
+class DiscLocator
+{
+public:
+    explicit DiscLocator(Drives &drives)
+        : m_drives(drives)
+    {
+    }
+
+    // The local path of `storedPath` ("D:\JEUX\CASSE.EXE"), a row of the archive file
+    // `archiveFile`, on the medium holding that archive; empty when no mounted medium holds it or
+    // the file is not on it. Verdicts are kept per archive and mounted medium, so a check costs
+    // its directory look-ups once.
+    QString localPath(const QString &storedPath, const QString &archiveFile);
+
+    // The entries the check looks for, as stored ("d:\DOC\LISEZMOI.TXT"): the first `fromStart`
+    // that name files (not "." or ".."; not holding "?", which stands for a character the
+    // catalogue could not hold), then `spread` more evenly spaced through the rest.
+    static QStringList sampleEntries(QByteArrayView archive, int fromStart = 3, int spread = 5);
+
+private:
+    bool holdsArchive(const Drive &drive, const QString &archiveFile);
+    QStringList samplesOf(const QString &archiveFile);
+
+    Drives &m_drives;
+    QMutex m_mutex; // viewers may ask from a worker
+    QHash<QString, QStringList> m_samples; // by archive file, its size and time
+    QHash<QString, bool> m_verdicts;       // by archive file and medium
+};
