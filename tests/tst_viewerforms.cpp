@@ -21,28 +21,23 @@ using TestSupport::child;
 
 namespace {
 
-// Found rows over real files: stored as on a disc in D:, found in a real directory here.
+// Found rows stored as on a disc in D:, found in a real directory here (none: the medium is gone).
 class FakeFoundFiles final : public FoundFiles
 {
 public:
-    struct Row
-    {
-        QString name;
-        QString localPath; // empty: the medium is not there
-    };
     int count() const override { return int(rows.size()); }
-    QString name(int row) const override { return at(row).name; }
-    QString storedPath(int row) const override { return u"D:\\IMAGES\\"_qs + at(row).name; }
-    QString localPath(int row) const override { return at(row).localPath; }
+    QString name(int row) const override { return at(row).first; }
+    QString storedPath(int row) const override { return u"D:\\IMAGES\\"_qs + at(row).first; }
+    QString localPath(int row) const override { return at(row).second; }
 
-    QList<Row> rows;
+    QList<std::pair<QString, QString>> rows; // name, local path
     mutable bool readPastTheEnd = false;
 
 private:
-    Row at(int row) const
+    std::pair<QString, QString> at(int row) const
     {
         readPastTheEnd |= row < 0 || row >= rows.size();
-        return readPastTheEnd ? Row() : rows.at(row);
+        return readPastTheEnd ? std::pair<QString, QString>() : rows.at(row);
     }
 };
 
@@ -50,11 +45,9 @@ private:
 // reading of the clock moves it on half a second and runs onWait, so each wait of a show ends.
 struct Fixture
 {
-    Fixture()
-        : data(dir.path())
+    Fixture() : data(dir.path())
     {
         TestSupport::copyProgramFiles(dir.path());
-        QDir(dir.path()).mkdir(u"disc"_qs);
         QDir(dir.path()).mkdir(u"copies"_qs);
         fakes.clock.onRead = [this] {
             fakes.clock.advanceSeconds(0.5);
@@ -62,17 +55,16 @@ struct Fixture
                 onWait();
         };
     }
-    QString disc(const QString &name) const { return dir.filePath(u"disc/"_qs + name); }
     QString copies() const { return dir.filePath(u"copies"_qs); }
-    void addFile(const QString &name, const QByteArray &bytes)
+    void add(const QString &name, const QByteArray &bytes)
     {
-        TestSupport::writeFile(disc(name), bytes);
-        found.rows.append({name, disc(name)});
+        TestSupport::writeFile(dir.filePath(name), bytes);
+        found.rows.append({name, dir.filePath(name)});
     }
     void addPicture(const QString &name, int width, int height, Qt::GlobalColor colour)
     {
-        SamplePictures::bands(width, height, {colour}).save(disc(name), "BMP");
-        found.rows.append({name, disc(name)});
+        SamplePictures::bands(width, height, {colour}).save(dir.filePath(name), "BMP");
+        found.rows.append({name, dir.filePath(name)});
     }
     ViewerForm::Services services() { return {data, fakes.clock, fakes.dialogs, fakes.folderPicker, fakes.pictures}; }
 
@@ -124,15 +116,17 @@ private slots:
             QVERIFY(!child<QAbstractButton>(form.get(), u"print"_qs)->icon().isNull());
     }
 
-    // The show draws each picture as fitted (a WMF too); a file that does not load, or is not
-    // there, leaves the previous picture; the start resets the delay the slider had.
-    void imageViewerShow()
+    // The show draws each picture as fitted (a WMF too) and starts at 2 seconds whatever the
+    // slider said; a file that does not load, or is gone, leaves the previous picture. Closing the
+    // window hides it and runs the show out without waits. Then the copy of the file last shown, and
+    // its print at its natural size.
+    void imageViewer()
     {
         Fixture f;
         f.addPicture(u"PETIT.BMP"_qs, 100, 80, Qt::red);
-        f.addFile(u"CASSE.BMP"_qs, QByteArray("BM not a bitmap"));
+        f.add(u"CASSE.BMP"_qs, "BM not a bitmap");
         f.found.rows.append({u"ABSENT.BMP"_qs, QString()});
-        f.addFile(u"DESSIN.WMF"_qs, SamplePictures::wmf(120, 60, Qt::white, Qt::blue, u"é"_qs));
+        f.add(u"DESSIN.WMF"_qs, SamplePictures::wmf(120, 60, Qt::white, Qt::blue, u"é"_qs));
         ImageViewerForm window(f.found, f.services(), f.fakes.printer);
         window.show();
         window.frame()->setFixedSize(400, 300);
@@ -141,113 +135,75 @@ private slots:
         QStringList seen;
         f.onWait = [&] {
             const QImage canvas = window.frame()->canvas();
-            const QString shown = QStringLiteral("%1 %2 %3 delay=%4").arg(text(window, "currentFile"), QColor(canvas.pixel(150, 110)).name(),
-                                                                       QColor(canvas.pixel(149, 110)).name(), text(window, "delay"));
+            const QString shown = u"%1 %2x%3 %4 %5 delay=%6"_qs.arg(text(window, "currentFile").mid(10)).arg(window.sizingBox().width())
+                                      .arg(window.sizingBox().height()).arg(QColor(canvas.pixel(150, 110)).name(),
+                                           QColor(canvas.pixel(149, 110)).name(), text(window, "delay"));
             if (seen.isEmpty() || seen.last() != shown)
                 seen.append(shown);
-        };
-        child<QAbstractButton>(&window, u"start"_qs)->click();
-        const QString background = window.palette().color(QPalette::Window).name();
-        QCOMPARE(seen, (QStringList{ // the WMF at (140, 120): the page's white left edge
-            u"D:\\IMAGES\\PETIT.BMP #ff0000 %1 delay=2"_qs.arg(background), u"D:\\IMAGES\\CASSE.BMP #ff0000 %1 delay=2"_qs.arg(background),
-            u"D:\\IMAGES\\ABSENT.BMP #ff0000 %1 delay=2"_qs.arg(background), u"D:\\IMAGES\\DESSIN.WMF %1 %1 delay=2"_qs.arg(background)}));
-        QVERIFY(f.fakes.dialogs.shown.isEmpty());
-    }
-
-    // Closing the window during a show: hidden after one second, the show runs out at once.
-    void closingDuringTheShow()
-    {
-        Fixture f;
-        for (int i = 0; i < 4; ++i)
-            f.addPicture(u"P%1.BMP"_qs.arg(i), 10, 10, Qt::green);
-        ImageViewerForm window(f.found, f.services(), f.fakes.printer);
-        window.show();
-        const QDateTime start = f.fakes.clock.current;
-        f.onWait = [&] {
-            if (window.isVisible() && text(window, "delay") == u"2"_qs)
+            if (window.isVisible())
                 window.close();
         };
-        window.start();
+        child<QAbstractButton>(&window, u"start"_qs)->click();
         QVERIFY(!window.isVisible());
-        QCOMPARE(text(window, "delay"), QString());
-        QCOMPARE(text(window, "currentFile"), u"D:\\IMAGES\\P3.BMP"_qs);
-        QVERIFY(start.secsTo(f.fakes.clock.current) < 8); // not three more waits of 2 seconds
-    }
+        const QString background = window.palette().color(QPalette::Window).name();
+        QCOMPARE(seen, (QStringList{u"PETIT.BMP 100x80 #ff0000 %1 delay=2"_qs.arg(background), u"PETIT.BMP 100x80 #ff0000 %1 delay="_qs.arg(background),
+                                    u"CASSE.BMP 100x80 #ff0000 %1 delay="_qs.arg(background), u"ABSENT.BMP 100x80 #ff0000 %1 delay="_qs.arg(background),
+                                    u"DESSIN.WMF 120x60 %1 %1 delay="_qs.arg(background)})); // the WMF's white edge at (140, 120)
+        QVERIFY(f.fakes.dialogs.shown.isEmpty());
 
-    // Copy after a show the stop box ended, then print at the picture's natural size.
-    void imageViewerCopyAndPrint()
-    {
-        Fixture f;
-        f.addPicture(u"PLAGE.BMP"_qs, 123, 45, Qt::blue);
-        ImageViewerForm window(f.found, f.services(), f.fakes.printer);
-        window.show();
-        auto *stop = child<QCheckBox>(&window, u"stop"_qs);
-        f.onWait = [&] {
-            if (!stop->isChecked())
-                QTest::mouseClick(stop, Qt::LeftButton); // ends the show and the window
-        };
-        window.start();
-        QVERIFY(!window.isVisible());
-        f.onWait = nullptr;
         window.copy(); // folder choice cancelled
         QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"<Annuler> a été activé"_qs});
         f.fakes.folderPicker.answers = {f.copies()};
         f.fakes.dialogs.answers = {Answer::Yes};
         window.copy();
         const FakeDialogs::Shown question = f.fakes.dialogs.shown.last();
-        QCOMPARE(question.text, u"Etes-vous sûr de vouloir copier  D:\\IMAGES\\PLAGE.BMP dans le répertoire %1/ ?"_qs.arg(f.copies()));
+        QCOMPARE(question.text, u"Etes-vous sûr de vouloir copier  D:\\IMAGES\\DESSIN.WMF dans le répertoire %1/ ?"_qs.arg(f.copies()));
         QVERIFY(question.title == u"Copie d'un fichier"_qs && question.help.context == 1000);
-        QCOMPARE(text(window, "targetPath"), f.copies() + u"/PLAGE.BMP"_qs);
-        QCOMPARE(TestSupport::readFile(f.copies() + u"/PLAGE.BMP"_qs), TestSupport::readFile(f.disc(u"PLAGE.BMP"_qs)));
+        QCOMPARE(text(window, "targetPath"), f.copies() + u"/DESSIN.WMF"_qs);
+        QCOMPARE(TestSupport::readFile(f.copies() + u"/DESSIN.WMF"_qs), TestSupport::readFile(f.dir.filePath(u"DESSIN.WMF"_qs)));
         window.print();
-        QCOMPARE(f.fakes.printer.log, (QStringList{u"x=2000"_qs, u"y=1000"_qs, u"choosePrinter"_qs,
-                                                   u"picture=123x45@1,1"_qs, u"endDocument"_qs}));
+        QCOMPARE(f.fakes.printer.log, (QStringList{u"x=2000"_qs, u"y=1000"_qs, u"choosePrinter"_qs, u"picture=120x60@1,1"_qs, u"endDocument"_qs}));
     }
 
-    // 72 icons: the first page whole, then cells 1 and 2 with icons 71 and 72, cell 3 keeping the
-    // first page's; captions drop ".ICO"; a file that does not load keeps the cell's icon.
-    void galleryPages()
+    // 72 icons, a broken one and a gone one: the first page whole, then cells 1 to 4; captions
+    // drop ".ICO"; a file that does not load, or is gone, keeps the cell's icon. Copying all copies every file there, after one question.
+    void gallery()
     {
         Fixture f;
         const auto colourOf = [](int i) { return QColor::fromHsv((i * 37) % 360, 255, 200 + i % 50).rgb(); };
         for (int i = 1; i <= 72; ++i)
-            f.addFile(u"ICON%1.ICO"_qs.arg(i, 3, 10, QLatin1Char('0')), SamplePictures::icon(SamplePictures::bands(32, 32, {colourOf(i)}), 24, {}));
+            f.add(u"ICON%1.ICO"_qs.arg(i, 3, 10, QLatin1Char('0')), SamplePictures::icon(SamplePictures::bands(32, 32, {colourOf(i)}), 24, {}));
+        f.add(u"CASSE.ICO"_qs, "not an icon");
         f.found.rows.append({u"ABSENT.ICO"_qs, QString()});
         IconGalleryForm window(f.found, f.services());
         window.show();
-        const auto cellColour = [&window](int n) { return window.cellPicture(n)->pixmap().toImage().pixel(16, 16); };
         child<QAbstractButton>(&window, u"start"_qs)->click();
-        for (int n : {1, 2, 3})
-            QCOMPARE(cellColour(n), colourOf(n == 3 ? 3 : n + 70));
-        QCOMPARE(window.cellCaption(70)->text(), u"ICON070"_qs);
-        QCOMPARE(window.cellCaption(3)->text(), u"ABSENT"_qs);
-    }
+        for (int n : {1, 2, 3, 4, 70})
+            QCOMPARE(window.cellPicture(n)->pixmap().toImage().pixel(16, 16), colourOf(n <= 2 ? n + 70 : n));
+        QVERIFY(window.cellCaption(70)->text() == u"ICON070"_qs && window.cellCaption(4)->text() == u"ABSENT"_qs);
 
-    // Every found file there is copied; none is asked for alone.
-    void galleryCopiesEveryFile()
-    {
-        Fixture f;
-        IconGalleryForm window(f.found, f.services());
-        f.addFile(u"UN.ICO"_qs, "one");
-        f.found.rows.append({u"ABSENT.ICO"_qs, QString()});
-        f.addFile(u"DEUX.CUR"_qs, "two");
         f.fakes.folderPicker.answers = {f.copies()};
         f.fakes.dialogs.answers = {Answer::Yes};
         window.copyAll();
         QCOMPARE(f.fakes.dialogs.shown.size(), 1);
         QCOMPARE(f.fakes.dialogs.shown.first().text, u"Etes-vous sûr de vouloir copier tous les icônes dans le répertoire %1/ ?"_qs.arg(f.copies()));
-        QCOMPARE(QDir(f.copies()).entryList(QDir::Files), (QStringList{u"DEUX.CUR"_qs, u"UN.ICO"_qs}));
+        const QStringList copied = QDir(f.copies()).entryList(QDir::Files);
+        QVERIFY(copied.size() == 73 && copied.first() == u"CASSE.ICO"_qs);
     }
 
-    // Each text as read from its file; one whose medium is gone shows an empty box, silently; a
-    // new search leaving fewer rows while a show runs: no row is read past the end.
-    void textViewerShow()
+    // Each text as read from its file, a gone one as an empty box, silently; a new search leaving
+    // fewer rows while the show runs: no row is read past the end. Then the print: every line
+    // starts at the left of the block centred on the page, left of the page here.
+    void textViewer()
     {
         Fixture f;
-        f.addFile(u"LISEZMOI.TXT"_qs, "Ol\xe9\r\n");
+        f.add(u"LISEZMOI.TXT"_qs, "Ol\xe9\r\ndeux");
         f.found.rows.append({u"FILE_ID.DIZ"_qs, QString()});
-        f.addFile(u"T.TXT"_qs, "texte");
+        f.add(u"T.TXT"_qs, "texte");
         TextViewerForm window(f.found, f.services(), f.fakes.printer);
+        window.resize(1100, 500);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
         QStringList seen;
         f.onWait = [&] {
             const QString shown = text(window, "currentFile") + u'=' + window.textBox()->toPlainText();
@@ -257,29 +213,11 @@ private slots:
                 f.found.rows.resize(2);
         };
         window.start();
-        QCOMPARE(seen, (QStringList{u"D:\\IMAGES\\LISEZMOI.TXT=Olé\n"_qs, u"D:\\IMAGES\\FILE_ID.DIZ="_qs}));
+        QCOMPARE(seen, (QStringList{u"D:\\IMAGES\\LISEZMOI.TXT=Olé\ndeux"_qs, u"D:\\IMAGES\\FILE_ID.DIZ="_qs}));
         QVERIFY(!f.found.readPastTheEnd && f.fakes.dialogs.shown.isEmpty());
-        IconGalleryForm icons(f.found, f.services());
-        f.found.rows = QList<FakeFoundFiles::Row>(72, {u"I.ICO"_qs, QString()});
-        f.onWait = [&] { f.found.rows.resize(1); };
-        icons.start();
-        QVERIFY(!f.found.readPastTheEnd);
-    }
 
-    // A page narrower than the text box: every line starts left of the page, as computed.
-    void textViewerPrint()
-    {
-        Fixture f;
-        f.addFile(u"A.TXT"_qs, "un\r\ndeux");
-        TextViewerForm window(f.found, f.services(), f.fakes.printer);
-        window.resize(1100, 500);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        window.start();
-        f.fakes.printer.fontAnswer = {};
-        f.fakes.printer.fontAnswer.pointSize = 14;
-        f.fakes.printer.fontAnswer.italic = true;
-        f.fakes.printer.fontAnswer.bold = true;
+        window.textBox()->setPlainText(u"un\ndeux"_qs);
+        f.fakes.printer.fontAnswer = {QString(), 14, true, true};
         f.fakes.printer.colourAnswer = Qt::darkRed;
         window.print();
         const int x = (f.fakes.printer.pageWidth() - window.textBox()->width() * 1440 / window.textBox()->logicalDpiX()) / 2;
@@ -288,6 +226,30 @@ private slots:
         QCOMPARE(f.fakes.printer.log, (QStringList{u"choosePrinter"_qs, u"chooseFont"_qs, u"font=MS Sans Serif,14,italic"_qs,
             u"chooseColour"_qs, u"colour=#800000"_qs, u"y=10"_qs, u"x=%1"_qs.arg(x), u"print:un"_qs, u"x=%1"_qs.arg(x),
             u"print:deux"_qs, u"endDocument"_qs}));
+    }
+
+    // The stop box ticked during a wait ends the show and the window; the gallery's show reads no
+    // row past the end either.
+    void stopAndShrinkingRows()
+    {
+        Fixture f;
+        for (int i = 0; i < 3; ++i)
+            f.add(u"T%1.TXT"_qs.arg(i), "texte");
+        TextViewerForm texts(f.found, f.services(), f.fakes.printer);
+        texts.show();
+        auto *stop = child<QCheckBox>(&texts, u"stop"_qs);
+        f.onWait = [&] {
+            if (!stop->isChecked())
+                QTest::mouseClick(stop, Qt::LeftButton);
+        };
+        texts.start();
+        QVERIFY(!texts.isVisible());
+        QCOMPARE(text(texts, "currentFile"), u"D:\\IMAGES\\T0.TXT"_qs);
+        IconGalleryForm icons(f.found, f.services());
+        f.found.rows = QList<std::pair<QString, QString>>(72, {u"I.ICO"_qs, QString()});
+        f.onWait = [&] { f.found.rows.resize(1); };
+        icons.start();
+        QVERIFY(!f.found.readPastTheEnd);
     }
 };
 
