@@ -17,8 +17,6 @@ class TestSlideShow : public QObject
 {
     Q_OBJECT
 
-    static double since(const QDateTime &start, const FakeClock &clock) { return start.msecsTo(clock.current) / 1000.0; }
-
 private slots:
     void fittingRule_data()
     {
@@ -120,57 +118,55 @@ private slots:
         QCOMPARE(text.endsWith(ViewerRules::cutTextNotice()), size > ViewerRules::kShownTextBytes);
     }
 
-    // Each step is followed by the delay on the clock, which every show starts at 2 seconds; a
-    // slider move while it runs takes effect.
-    void showWaitsTheDelay()
+    // Each step is followed by the delay, which every show starts at 2 seconds; a slider move
+    // while it runs takes effect. The stop box ticked during a wait ends the show after that
+    // wait; a dismissal during a wait empties the delay, so the remaining steps follow at once.
+    void delayStopAndDismiss()
     {
         FakeClock clock;
         SlideShow show(clock);
         show.setDelayText(u"9"_qs);
-        clock.onRead = [&clock] { clock.advanceSeconds(0.5); };
         const QDateTime start = clock.current;
         QList<double> times;
+        const auto record = [&](int) { times.append(start.msecsTo(clock.current) / 1000.0); };
+        clock.onRead = [&clock] { clock.advanceSeconds(0.5); };
         show.run(3, [&](int step) {
-            times.append(since(start, clock));
+            record(step);
             if (step == 1)
                 show.sliderMoved(5);
         });
-        QCOMPARE(times.size(), 3);
-        QVERIFY(times[1] - times[0] >= 2.0 && times[1] - times[0] < 3.0);
+        QVERIFY(times.size() == 3 && times[1] - times[0] >= 2.0 && times[1] - times[0] < 3.0);
         QVERIFY(times[2] - times[1] >= 5.0 && times[2] - times[1] < 6.0);
         QCOMPARE(show.delayText(), u"5"_qs);
-    }
 
-    // The stop box ticked during a wait ends the show after that wait; a dismissal during a wait
-    // empties the delay, so the remaining steps follow at once; while paused nothing moves on.
-    void stopDismissAndPause()
-    {
-        FakeClock clock;
-        SlideShow show(clock);
-        int steps = 0;
+        times.clear();
         clock.onRead = [&] {
             clock.advanceSeconds(0.5);
             show.setStopped(true);
         };
-        show.run(5, [&](int) { ++steps; });
-        QCOMPARE(steps, 1);
+        show.run(5, record);
+        QCOMPARE(times.size(), 1);
 
         bool dismissed = false;
         connect(&show, &SlideShow::dismissed, this, [&dismissed] { dismissed = true; });
-        const QDateTime start = clock.current;
-        QList<double> times;
+        times.clear();
         clock.onRead = [&] {
             clock.advanceSeconds(0.25);
             if (times.size() == 1 && !dismissed && show.delayText() == u"2"_qs)
                 show.dismiss();
         };
-        show.run(5, [&](int) { times.append(since(start, clock)); });
+        show.run(5, record);
         QVERIFY(dismissed && show.delayText().isEmpty());
-        QCOMPARE(times.size(), 5);
-        QVERIFY2(times[4] - times[1] < 2.0, qPrintable(QString::number(times[4] - times[1])));
+        QVERIFY2(times.size() == 5 && times[4] - times[1] < 2.0, qPrintable(QString::number(times[4] - times[1])));
+    }
 
+    // While paused nothing moves on; unticking lets the show go on.
+    void pauseHoldsTheShow()
+    {
+        FakeClock clock;
+        SlideShow show(clock);
+        int steps = 0;
         int stepsWhenResumed = -1;
-        steps = 0;
         clock.onRead = [&] {
             clock.advanceSeconds(1);
             if (steps == 1 && !show.isPaused() && stepsWhenResumed < 0) {
@@ -198,10 +194,9 @@ private slots:
             QCOMPARE(index, cells.size());
             cells.append(cell);
         });
-        QCOMPARE(cells.size(), 75);
-        QCOMPARE(cells[69], 70);
+        QVERIFY(cells.size() == 75 && cells[69] == 70);
         QCOMPARE(cells.mid(70), (QList<int>{1, 2, 3, 4, 5}));
-        QVERIFY(since(start, clock) >= 2.0 && since(start, clock) < 4.0);
+        QVERIFY(start.secsTo(clock.current) >= 2 && start.secsTo(clock.current) < 4);
 
         clock.onRead = [&] {
             clock.advanceSeconds(0.5);
