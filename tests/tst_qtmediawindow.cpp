@@ -14,38 +14,7 @@
 
 using TestSupport::child;
 
-namespace {
-
-// One second of the old codecs CD-ROMs hold, made by ffmpeg.
-bool ffmpeg(const QString &inputs, const QString &codecs, const QString &path)
-{
-    QStringList arguments{u"-v"_qs, u"error"_qs, u"-y"_qs};
-    for (const QString &input : inputs.split(QLatin1Char(' ')))
-        arguments << u"-f"_qs << u"lavfi"_qs << u"-i"_qs << input + u":duration=1"_qs;
-    QProcess process;
-    process.start(u"ffmpeg"_qs, arguments + codecs.split(QLatin1Char(' ')) + QStringList{path});
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
-
-// Plays `path` in the window to its end; the video frames shown.
-int playToEnd(QtMediaWindow &window, const QString &path)
-{
-    int frames = 0;
-    QObject counter;
-    QObject::connect(window.videoWidget()->videoSink(), &QVideoSink::videoFrameChanged, &counter,
-                     [&](const QVideoFrame &frame) { frames += frame.isValid(); });
-    QMediaPlayer *player = window.player();
-    QSignalSpy status(player, &QMediaPlayer::mediaStatusChanged);
-    window.play(path);
-    while (player->mediaStatus() != QMediaPlayer::EndOfMedia && player->error() == QMediaPlayer::NoError) {
-        if (!status.wait(20000))
-            break;
-    }
-    return frames;
-}
-
-} // namespace
-
+// One second of the old codecs CD-ROMs hold, made by ffmpeg, played through GStreamer.
 class tst_QtMediaWindow : public QObject
 {
     Q_OBJECT
@@ -53,42 +22,56 @@ class tst_QtMediaWindow : public QObject
 private slots:
     void initTestCase() { KALVEX_REQUIRE_PROGRAM(u"ffmpeg"_qs); }
 
-    // MS Video 1 with IMA ADPCM sound: shown to the end; closing the window stops the playing.
-    void playsAVideoToTheEnd()
+    // Played to the end, the video shown when there is one; play/pause drives the player; closing
+    // the window stops the playing.
+    void playsToTheEnd_data()
     {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(u"FILM.AVI"_qs);
-        QVERIFY(ffmpeg(u"testsrc=size=64x48:rate=10 sine=frequency=440:sample_rate=22050"_qs,
-                       u"-c:v msvideo1 -c:a adpcm_ima_wav"_qs, path));
-        QtMediaWindow window;
-        const int frames = playToEnd(window, path);
-        QCOMPARE(window.player()->error(), QMediaPlayer::NoError);
-        QCOMPARE(window.player()->mediaStatus(), QMediaPlayer::EndOfMedia);
-        QVERIFY2(frames >= 5, qPrintable(QString::number(frames)));
-        QCOMPARE(child<QLabel>(&window, u"path"_qs)->text(), path);
-        QVERIFY(!window.videoWidget()->isHidden());
-        QVERIFY(window.isVisible());
-        window.close();
-        QCOMPARE(window.player()->playbackState(), QMediaPlayer::StoppedState);
+        QTest::addColumn<QString>("sources");
+        QTest::addColumn<QString>("codecs");
+        QTest::addColumn<bool>("video");
+        QTest::newRow("MS Video 1, IMA ADPCM") << u"testsrc=size=64x48:rate=10 sine=sample_rate=22050"_qs
+                                               << u"-c:v msvideo1 -c:a adpcm_ima_wav FILM.AVI"_qs << true;
+        QTest::newRow("MS ADPCM") << u"sine=sample_rate=22050"_qs << u"-c:a adpcm_ms SON.WAV"_qs << false;
     }
-
-    // MS ADPCM sound: no video area; play/pause drives the player.
-    void playsASoundToTheEnd()
+    void playsToTheEnd()
     {
+        QFETCH(QString, sources);
+        QFETCH(QString, codecs);
+        QFETCH(bool, video);
         QTemporaryDir dir;
-        const QString path = dir.filePath(u"SON.WAV"_qs);
-        QVERIFY(ffmpeg(u"sine=frequency=440:sample_rate=22050"_qs, u"-c:a adpcm_ms"_qs, path));
+        QStringList arguments{u"-v"_qs, u"error"_qs};
+        for (const QString &source : sources.split(u' '))
+            arguments << u"-f"_qs << u"lavfi"_qs << u"-i"_qs << source + u":duration=1"_qs;
+        QProcess ffmpeg;
+        ffmpeg.setWorkingDirectory(dir.path());
+        ffmpeg.start(u"ffmpeg"_qs, arguments + codecs.split(u' '));
+        QVERIFY(ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0);
+        const QString path = dir.filePath(codecs.section(u' ', -1));
+
         QtMediaWindow window;
-        QCOMPARE(playToEnd(window, path), 0);
-        QCOMPARE(window.player()->mediaStatus(), QMediaPlayer::EndOfMedia);
-        QVERIFY(window.videoWidget()->isHidden());
+        int frames = 0;
+        connect(window.videoWidget()->videoSink(), &QVideoSink::videoFrameChanged, this,
+                [&](const QVideoFrame &frame) { frames += frame.isValid(); });
+        QMediaPlayer *player = window.player();
+        QSignalSpy status(player, &QMediaPlayer::mediaStatusChanged);
+        window.play(path);
+        while (player->mediaStatus() != QMediaPlayer::EndOfMedia && player->error() == QMediaPlayer::NoError && status.wait(20000)) {
+        }
+        QCOMPARE(player->error(), QMediaPlayer::NoError);
+        QCOMPARE(player->mediaStatus(), QMediaPlayer::EndOfMedia);
+        QVERIFY2(video ? frames >= 5 : frames == 0, qPrintable(QString::number(frames)));
+        QVERIFY(window.isVisible());
+        QCOMPARE(window.videoWidget()->isHidden(), !video);
+        QCOMPARE(child<QLabel>(&window, u"path"_qs)->text(), path);
         auto *playPause = child<QPushButton>(&window, u"playPause"_qs);
         QCOMPARE(playPause->text(), u"Lecture"_qs);
         playPause->click();
-        QCOMPARE(window.player()->playbackState(), QMediaPlayer::PlayingState);
+        QCOMPARE(player->playbackState(), QMediaPlayer::PlayingState);
         QCOMPARE(playPause->text(), u"Pause"_qs);
         playPause->click();
-        QCOMPARE(window.player()->playbackState(), QMediaPlayer::PausedState);
+        QCOMPARE(player->playbackState(), QMediaPlayer::PausedState);
+        window.close();
+        QCOMPARE(player->playbackState(), QMediaPlayer::StoppedState);
     }
 };
 

@@ -9,7 +9,6 @@
 #include "widgetdialogs.h"
 
 #include <QApplication>
-#include <QMenuBar>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -18,10 +17,12 @@
 namespace {
 
 // The _NET_WM_NAME of a window as xprop prints it: _NET_WM_NAME(UTF8_STRING) = "title".
-QString windowManagerName(const QWidget &window)
+QString windowManagerName(QWidget *window)
 {
+    if (!window || !QTest::qWaitForWindowExposed(window))
+        return u"(no window)"_qs;
     QProcess xprop;
-    xprop.start(u"xprop"_qs, {u"-id"_qs, QString::number(window.winId()), u"_NET_WM_NAME"_qs});
+    xprop.start(u"xprop"_qs, {u"-id"_qs, QString::number(window->winId()), u"_NET_WM_NAME"_qs});
     if (!xprop.waitForFinished(10000))
         return u"(xprop did not answer)"_qs;
     const QString out = QString::fromUtf8(xprop.readAllStandardOutput()).trimmed();
@@ -44,59 +45,24 @@ private slots:
             QSKIP("no X server (DISPLAY unset): the window manager's titles cannot be read here");
         }
         KALVEX_REQUIRE_PROGRAM(u"xprop"_qs);
-    }
-
-    void everyWindowHasItsTitleAsItIs_data()
-    {
-        QTest::addColumn<QString>("menu");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("creation") << u"Créer un fichier d'archives"_qs << u"Créer un fichier d'archives"_qs;
-        QTest::newRow("archive list") << u"Supprimer un fichier d'archives"_qs
-                                      << u"Renommer ou supprimer un fichier d'archives"_qs;
-        QTest::newRow("search") << u"Recherche d'un fichier"_qs << u"Kalvex2 Recherches"_qs;
-        QTest::newRow("extensions") << u"      Extensions "_qs << u"Kalvex2 Extensions"_qs;
-        QTest::newRow("folders") << u"Dossiers d'archivage"_qs << u"Kalvex Dossiers"_qs;
-        QTest::newRow("themes") << u"Thèmes"_qs << u"Kalvex2 Thèmes"_qs;
-    }
-
-    void everyWindowHasItsTitleAsItIs()
-    {
-        QFETCH(QString, menu);
-        QFETCH(QString, title);
         setUpProgram();
+    }
+
+    // The main window's title, and a box's as given, blanks included: nothing appended (the forms'
+    // titles are checked by their own tests).
+    void titlesAsTheyAre()
+    {
         QTemporaryDir dir;
-        TestSupport::copyProgramFiles(dir.path());
         FakeServices fakes;
         DataDirectory data(dir.path());
         MainForm main(data, fakes.services());
         main.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&main));
-        QCOMPARE(windowManagerName(main), u"Kalvex2"_qs);
-
-        QAction *action = TestSupport::menuAction(main.menuBar(), menu);
-        QVERIFY(action);
-        action->trigger();
-        QWidget *opened = QApplication::activeModalWidget();
-        QVERIFY(opened && opened != &main);
-        QVERIFY(QTest::qWaitForWindowExposed(opened));
-        QCOMPARE(windowManagerName(*opened), title);
-        opened->close();
-    }
-
-    // A question box: its title as given, blanks included.
-    void questionBoxesToo()
-    {
-        setUpProgram();
-        FakeServices fakes;
+        QCOMPARE(windowManagerName(&main), u"Kalvex2"_qs);
         WidgetDialogs dialogs(fakes.launcher, QApplication::applicationName());
         QString seen;
         QTimer::singleShot(0, this, [&] {
-            QWidget *box = QApplication::activeModalWidget();
-            if (!box)
-                return;
-            if (QTest::qWaitForWindowExposed(box))
-                seen = windowManagerName(*box);
-            box->close();
+            seen = windowManagerName(QApplication::activeModalWidget());
+            QApplication::activeModalWidget()->close();
         });
         dialogs.question(u"Souhaitez-vous SUPPRIMER ce thème ?"_qs, u"Suppression de fichier "_qs, kDemoHelp);
         QCOMPARE(seen, u"Suppression de fichier "_qs);
