@@ -1,8 +1,14 @@
 // Found files of archives made from disc images: read out of generated images byte for byte
 // (ISO 9660 with Joliet and Rock Ridge, Joliet alone, UDF, a FAT floppy whose file is scattered),
-// and the list of which archive came from which image.
+// the list of which archive came from which image, and a found file copied and opened from its
+// image while no medium holds it, and no more once the image has moved.
+#include "archivefile.h"
 #include "datadirectory.h"
+#include "fakeservices.h"
+#include "foundfileactions.h"
+#include "foundrow.h"
 #include "imagedirectorylister.h"
+#include "imagefiles.h"
 #include "imagelist.h"
 #include "testsupport.h"
 
@@ -166,6 +172,57 @@ private slots:
             QCOMPARE(ImageList(data).imageOf(archive(pair.first(1))), pair.sliced(2));
         if (steps == QStringList{u"+A=/im/a.iso"_qs}) // kept relative: the data directory may move
             QCOMPARE(TestSupport::readFile(data.file(ImageList::fileName())), QByteArray("Divers/A.lst\t/im/a.iso\n"));
+    }
+
+    // A found file of an archive made from an image, with no medium mounted: copied into a folder
+    // and opened by its program from the run's copy; programs are not started; once the image has
+    // moved, nothing happens; the copies go with the service.
+    void aFoundFileIsActedOnOutOfItsImage()
+    {
+        QTemporaryDir directory, target;
+        const DataDirectory data(directory.path());
+        QVERIFY(QDir(data.path()).mkpath(u"Divers"_qs));
+        const QString archive = data.folderPath(u"Divers/PCFUN.lst"_qs);
+        QVERIFY(ArchiveFile::write(data.folderPath(u"Divers"_qs), u"PCFUN"_qs,
+                                   {"d:\\DOC", "d:\\DOC\\.", "d:\\DOC\\..", "d:\\DOC\\LISEZMOI.TXT"}));
+        const QString iso = m_work.filePath(u"pcfun.iso"_qs);
+        QVERIFY(QFile::copy(image(u"rr"_qs), iso));
+        QVERIFY(ImageList(data).record(archive, iso));
+
+        FakeServices services;
+        services.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}};
+        services.dialogs.answers = {Answer::Yes, Answer::Yes};
+        auto images = std::make_unique<ImageFiles>(data);
+        FoundFileActions actions{{services.launcher, services.drives, services.dialogs, services.folderPicker,
+                                  services.pictures, services.media, images.get()}};
+        const QStringList table{u"TXT         &4/usr/bin/editor"_qs, u"EXE         &4/usr/bin/never"_qs};
+        FoundRow row;
+        row.choose(u"d:\\DOC\\LISEZMOI.TXT"_qs, u"PCFUN"_qs, archive);
+
+        actions.copyInto(row, target.path());
+        QCOMPARE(TestSupport::readFile(target.filePath(u"LISEZMOI.TXT"_qs)), kSmall);
+        actions.act(row, table);
+        QCOMPARE(services.launcher.programs.size(), 1);
+        const QString copy = services.launcher.programs[0].value(1);
+        QCOMPARE(services.launcher.programs[0][0], u"/usr/bin/editor"_qs);
+        QVERIFY(!copy.startsWith(target.path()));
+        QCOMPARE(TestSupport::readFile(copy), kSmall);
+        QCOMPARE(QFileInfo(copy).fileName(), u"LISEZMOI.TXT"_qs);
+
+        FoundRow program;
+        program.choose(u"d:\\SETUP.EXE"_qs, u"PCFUN"_qs, archive);
+        actions.act(program, table);
+        QVERIFY(services.launcher.windowsFiles.isEmpty() && services.launcher.dosPrograms.isEmpty());
+
+        QVERIFY(QFile::rename(iso, iso + u".moved"_qs));
+        QVERIFY(QFile::remove(target.filePath(u"LISEZMOI.TXT"_qs)));
+        actions.copyInto(row, target.path());
+        actions.act(row, table);
+        QVERIFY(!QFile::exists(target.filePath(u"LISEZMOI.TXT"_qs)));
+        QCOMPARE(services.launcher.programs.size(), 1);
+
+        images.reset();
+        QVERIFY(!QFile::exists(copy));
     }
 
 private:
