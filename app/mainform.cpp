@@ -5,6 +5,7 @@
 #include "datadirectory.h"
 #include "extensionsform.h"
 #include "foldersform.h"
+#include "imagefiles.h"
 #include "formsupport.h"
 #include "launcher.h"
 #include "pictureloader.h"
@@ -26,6 +27,7 @@ MainForm::MainForm(const DataDirectory &data, const PlatformServices &services, 
     : QMainWindow(parent)
     , m_data(data)
     , m_services(services)
+    , m_imageFiles(std::make_unique<ImageFiles>(data))
 {
     setWindowTitle(QStringLiteral("Kalvex2"));
     setObjectName(QStringLiteral("MainForm"));
@@ -159,9 +161,10 @@ void MainForm::openSearch()
     if (!m_search) {
         m_search = new SearchForm(m_data,
                                   {m_services.launcher, m_services.drives, m_services.dialogs, m_services.folderPicker,
-                                   m_services.pictures, m_services.media},
+                                   m_services.pictures, m_services.media, m_imageFiles.get()},
                                   m_services.printer, m_services.clock, this);
-        m_foundFiles = std::make_unique<SearchFoundFiles>(m_search->results(), m_services.drives);
+        m_foundFiles = std::make_unique<SearchFoundFiles>(m_search->results(), m_services.drives,
+                                                          m_imageFiles.get());
         m_viewers = std::make_unique<ViewerWindows>(
             *m_foundFiles,
             ViewerForm::Services{m_data, m_services.clock, m_services.dialogs, m_services.folderPicker,
@@ -179,7 +182,8 @@ void MainForm::openThemeSearch()
     if (!m_themeSearch)
         m_themeSearch = new ThemeSearchForm(m_data,
                                             {m_services.launcher, m_services.drives, m_services.dialogs,
-                                             m_services.folderPicker, m_services.pictures, m_services.media},
+                                             m_services.folderPicker, m_services.pictures, m_services.media,
+                                             m_imageFiles.get()},
                                             m_services.printer, m_services.clock, this);
     showModal(m_themeSearch);
 }

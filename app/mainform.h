@@ -12,6 +12,7 @@ class CreateArchiveForm;
 class DataDirectory;
 class ExtensionsForm;
 class FoldersForm;
+class ImageFiles;
 class QLabel;
 class QToolButton;
 class ThemesForm;
@@ -71,6 +72,8 @@ private:
     QPointer<FoldersForm> m_folders;
     QPointer<SearchForm> m_search;
     QPointer<ThemeSearchForm> m_themeSearch;
+    // Files read out of disc images, in a temporary folder that goes with this window.
+    std::unique_ptr<ImageFiles> m_imageFiles;
     // The viewers read the search window's rows; both live as long as this window.
     std::unique_ptr<SearchFoundFiles> m_foundFiles;
     std::unique_ptr<ViewerWindows> m_viewers;

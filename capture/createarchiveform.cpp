@@ -11,6 +11,7 @@
 #include "folderpicker.h"
 #include "foundlistmodel.h"
 #include "imagedirectorylister.h"
+#include "imagelist.h"
 #include "listprintout.h"
 #include "walkthread.h"
 
@@ -320,6 +321,7 @@ void CreateArchiveForm::create()
 {
     if (isScanning())
         return;
+    m_walkedImage.clear();
     m_finder->setMedium(m_drives, m_lister);
     scan(m_driveChooser->currentName());
 }
@@ -339,6 +341,7 @@ void CreateArchiveForm::walkImage(const QString &imagePath, const QString &archi
 {
     const QString drive = DiscImage::probe(imagePath) == ImageKind::Floppy ? QStringLiteral("a:") : m_firstCdRom;
     m_imageDrive->set(drive, imagePath);
+    m_walkedImage = imagePath;
     m_finder->setMedium(*m_imageDrive, *m_imageLister);
     if (archiveName.isEmpty())
         scan(drive);
@@ -454,6 +457,18 @@ bool CreateArchiveForm::writeArchive()
     return elsewhere.commit();
 }
 
+// An archive made from an image remembers it, so that its files can be read out of it later; one
+// made again from a drive forgets any image it came from.
+void CreateArchiveForm::noteSource(const QString &folder, const QString &archiveName)
+{
+    ImageList images(m_data);
+    const QString archive = QDir(folder).filePath(ArchiveFile::fileName(archiveName));
+    if (m_walkedImage.isEmpty())
+        images.forget(archive);
+    else
+        images.record(archive, m_walkedImage);
+}
+
 void CreateArchiveForm::hideEvent(QHideEvent *event)
 {
     Form::hideEvent(event);
@@ -490,6 +505,8 @@ void CreateArchiveForm::finishScan()
                                 : std::exchange(m_archive, {})->commit() ? Outcome::Written
                                                                           : Outcome::Unreadable;
         m_archive.reset();
+        if (outcome == Outcome::Written)
+            noteSource(m_archiveFolder, m_batch->images[m_batch->results.size()].archiveName);
         if (m_scanAbandoned)
             m_batch->cancelled = true;
         m_batch->results.append({m_batch->images[m_batch->results.size()], outcome, count});
@@ -501,6 +518,7 @@ void CreateArchiveForm::finishScan()
     if (m_finder->failed() || m_scanAbandoned) {
         m_archive.reset(); // its temporary file goes with it
     } else if (writeArchive()) {
+        noteSource(m_currentFolder, m_name->text());
         m_endNotice->show();
         showArchives();
         for (int i = 0; i < 3; ++i)

@@ -80,6 +80,7 @@ private:
     void refreshFound();
     void finishScan();
     bool writeArchive();
+    void noteSource(const QString &folder, const QString &archiveName);
     void print();
     void setCounter(int count);
 
@@ -95,6 +96,7 @@ private:
     std::unique_ptr<ImageDrive> m_imageDrive;
     std::unique_ptr<ImageDirectoryLister> m_imageLister;
     QString m_firstCdRom = QStringLiteral("d:"); // the drive an image of a disc is catalogued as
+    QString m_walkedImage; // the image the walk reads; empty for a drive
 
     QLabel *m_driveHint = nullptr;
     DriveChooser *m_driveChooser = nullptr;

@@ -2,6 +2,7 @@
 
 #include "archivelist.h"
 #include "archivelists.h"
+#include "imagelist.h"
 #include "datadirectory.h"
 #include "dialogs.h"
 
@@ -112,7 +113,8 @@ void ArchiveListForm::deleteSelected()
     if (m_dialogs.question(ArchiveList::deleteQuestion(selected), ArchiveList::kDeleteTitle, kDemoHelp)
         != Answer::Yes)
         return;
-    ArchiveList::remove(selected);
+    if (ArchiveList::remove(selected))
+        ImageList(m_data).forget(selected);
     refillArchives(ArchiveList::kCountAfterOpeningOrDeletion);
     m_index->setText(QStringLiteral("0"));
 }
@@ -124,7 +126,8 @@ void ArchiveListForm::renameSelected()
         != Answer::Yes)
         return;
     const QString answer = m_dialogs.input(ArchiveList::kRenamePrompt);
-    ArchiveList::rename(selected, m_currentFolder->text(), answer);
+    if (ArchiveList::rename(selected, m_currentFolder->text(), answer))
+        ImageList(m_data).rename(selected, ArchiveList::renamedPath(m_currentFolder->text(), answer));
     refillArchives(ArchiveList::kCountAfterRename);
 }
 

@@ -34,8 +34,14 @@ public:
     ImageDirectory root() override { return {kRoot, m_rootBytes, {}}; }
     bool list(const ImageDirectory &directory, QByteArrayView path, DirectoryListing &entries,
               std::vector<ImageDirectory> &children) override;
+    bool copyFile(const ImageDirectory &directory, QByteArrayView path, QByteArrayView name,
+                  QIODevice &out) override;
 
 private:
+    // Reads the directory and calls `visit` (name, whether a directory, the 32-byte entry) for each
+    // shown entry until it returns false.
+    template <typename Visit>
+    bool forEachEntry(const ImageDirectory &directory, Visit visit);
     bool readAt(std::uint64_t offset, size_t size, char *out) const;
     std::uint32_t next(std::uint32_t cluster) const;
     bool readChain(std::uint32_t first);
@@ -139,8 +145,8 @@ unsigned char shortNameSum(const unsigned char *entry)
     return sum;
 }
 
-bool FatVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryListing &entries,
-                     std::vector<ImageDirectory> &children)
+template <typename Visit>
+bool FatVolume::forEachEntry(const ImageDirectory &directory, Visit visit)
 {
     if (directory.where == kRoot) {
         m_directory.resize(m_rootBytes);
@@ -221,10 +227,49 @@ bool FatVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryL
         }
         if (name.isEmpty() || name == "." || name == ".." || name.contains('/') || name.contains('\0'))
             continue;
-        const bool isDirectory = attributes & 0x10;
+        if (!visit(name, bool(attributes & 0x10), e))
+            break;
+    }
+    return true;
+}
+
+bool FatVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryListing &entries,
+                     std::vector<ImageDirectory> &children)
+{
+    return forEachEntry(directory, [&](const QByteArray &name, bool isDirectory, const unsigned char *entry) {
         entries.add(name, isDirectory);
         if (isDirectory)
-            children.push_back({le16(e + 26), 0, name});
+            children.push_back({le16(entry + 26), 0, name});
+        return true;
+    });
+}
+
+bool FatVolume::copyFile(const ImageDirectory &directory, QByteArrayView, QByteArrayView name, QIODevice &out)
+{
+    std::uint32_t cluster = 0;
+    std::uint64_t left = 0;
+    bool found = false;
+    if (!forEachEntry(directory, [&](const QByteArray &entryName, bool isDirectory, const unsigned char *entry) {
+            if (isDirectory || entryName != name)
+                return true;
+            cluster = le16(entry + 26);
+            left = le32(entry + 28);
+            found = true;
+            return false;
+        })
+        || !found)
+        return false;
+    // The chain must hold the whole size, and a loop in it ends after as many steps as clusters.
+    std::vector<char> buffer(m_clusterBytes);
+    for (std::uint32_t steps = 0; left > 0; ++steps) {
+        if (steps >= m_clusters || cluster < 2 || cluster >= m_clusters + 2)
+            return false;
+        const std::uint32_t bytes = std::uint32_t(std::min<std::uint64_t>(left, m_clusterBytes));
+        if (!readAt(m_dataOffset + std::uint64_t(cluster - 2) * m_clusterBytes, bytes, buffer.data())
+            || out.write(buffer.data(), bytes) != bytes)
+            return false;
+        left -= bytes;
+        cluster = next(cluster);
     }
     return true;
 }

@@ -5,7 +5,12 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "windows1252.h"
+
+#include <cdio/bytesex.h>
 #include <cdio/udf.h>
+
+#include <algorithm>
 
 #include <cstring>
 
@@ -36,22 +41,7 @@ public:
     bool list(const ImageDirectory &, QByteArrayView path, DirectoryListing &entries,
               std::vector<ImageDirectory> &children) override
     {
-        // libudf's directory entry is an iterator: udf_readdir() moves it to the next entry and
-        // frees it after the last one; udf_opendir() on an entry gives the sub-directory's.
-        udf_dirent_t *directory = udf_get_root(m_udf, true, 0);
-        for (const QByteArray &component : path.toByteArray().split('/')) {
-            if (component.isEmpty() || !directory)
-                continue;
-            udf_dirent_t *child = nullptr;
-            while (!child && udf_readdir(directory)) {
-                const char *name = udf_get_filename(directory);
-                if (name && component == QByteArrayView(name) && udf_is_dir(directory))
-                    child = udf_opendir(directory);
-            }
-            if (child)
-                udf_dirent_free(directory); // left before its end
-            directory = child;
-        }
+        udf_dirent_t *directory = open(path);
         if (!directory)
             return false;
         while (udf_readdir(directory)) {
@@ -69,7 +59,59 @@ public:
         return true;
     }
 
+    bool copyFile(const ImageDirectory &, QByteArrayView path, QByteArrayView name, QIODevice &out) override
+    {
+        udf_dirent_t *file = open(path);
+        bool found = false;
+        while (file && !found && udf_readdir(file)) {
+            const char *entryName = udf_get_filename(file);
+            found = entryName && name == QByteArrayView(entryName) && !udf_is_dir(file);
+        }
+        if (!found)
+            return false; // the iterator freed itself at its end
+        // libudf reads only data placed by allocation descriptors (and says so on stdout for
+        // the rest): a file kept inside its entry is not read.
+        udf_file_entry_t entry;
+        const bool readable = udf_get_file_entry(file, &entry)
+                              && (uint16_from_le(entry.icb_tag.flags) & ICBTAG_FLAG_AD_MASK) <= ICBTAG_FLAG_AD_LONG
+                              && uint16_from_le(entry.icb_tag.strat_type) == ICBTAG_STRATEGY_TYPE_4;
+        bool copied = readable;
+        // One block a call: a call never reads across the end of an allocation extent.
+        char block[UDF_BLOCKSIZE];
+        for (std::uint64_t left = udf_get_file_length(file); copied && left > 0;) {
+            const ssize_t got = udf_read_block(file, block, 1);
+            const qint64 bytes = qint64(std::min<std::uint64_t>(left, got > 0 ? std::uint64_t(got) : 0));
+            copied = bytes > 0 && out.write(block, bytes) == bytes;
+            left -= std::uint64_t(std::max<qint64>(bytes, 0));
+        }
+        udf_dirent_free(file);
+        return copied;
+    }
+
 private:
+    // The directory at `path` from the root, as an iterator before its first entry; null when
+    // it is not there.
+    udf_dirent_t *open(QByteArrayView path)
+    {
+        // libudf's directory entry is an iterator: udf_readdir() moves it to the next entry and
+        // frees it after the last one; udf_opendir() on an entry gives the sub-directory's.
+        udf_dirent_t *directory = udf_get_root(m_udf, true, 0);
+        for (const QByteArray &component : path.toByteArray().split('/')) {
+            if (component.isEmpty() || !directory)
+                continue;
+            udf_dirent_t *child = nullptr;
+            while (!child && udf_readdir(directory)) {
+                const char *name = udf_get_filename(directory);
+                if (name && component == QByteArrayView(name) && udf_is_dir(directory))
+                    child = udf_opendir(directory);
+            }
+            if (child)
+                udf_dirent_free(directory); // left before its end
+            directory = child;
+        }
+        return directory;
+    }
+
     udf_t *m_udf;
 };
 
@@ -136,6 +178,43 @@ ImageKind DiscImage::probe(const QString &path)
 {
     const std::unique_ptr<ImageVolume> volume = openVolume(path);
     return volume ? volume->kind() : ImageKind::Unknown;
+}
+
+bool DiscImage::copyFile(const QString &imagePath, const QString &storedPath, QIODevice &out)
+{
+    const QStringList components = storedPath.mid(storedPath.indexOf(u':') == 1 ? 2 : 0)
+                                       .split(u'\\', Qt::SkipEmptyParts);
+    if (components.isEmpty() || components.contains(u"."_qs) || components.contains(u".."_qs))
+        return false;
+    ImageDirectoryLister lister;
+    DirectoryListing entries;
+    if (lister.open(QFile::encodeName(imagePath), true, entries) != DirectoryLister::Result::Listed)
+        return false;
+    for (qsizetype c = 0; c < components.size(); ++c) {
+        const bool last = c == components.size() - 1;
+        // The catalogue's own spelling first, else the first name equal to it ignoring case.
+        const QByteArray wanted = Windows1252::encode(components[c]);
+        const QByteArray upper = Windows1252::toUpper(wanted);
+        qsizetype found = -1;
+        for (qsizetype i = 0; i < entries.size(); ++i) {
+            if (entries.isDirectory(i) == last || entries.nativeName(i) == "." || entries.nativeName(i) == "..")
+                continue;
+            if (entries.archiveName(i) == wanted) {
+                found = i;
+                break;
+            }
+            if (found < 0 && Windows1252::toUpper(entries.archiveName(i)) == upper)
+                found = i;
+        }
+        if (found < 0)
+            return false;
+        const QByteArray native = entries.nativeName(found).toByteArray();
+        if (last)
+            return lister.copyFile(native, out);
+        if (lister.enter(native, entries) != DirectoryLister::Result::Listed)
+            return false;
+    }
+    return false;
 }
 
 ImageDirectoryLister::ImageDirectoryLister() = default;
@@ -205,6 +284,14 @@ DirectoryLister::Result ImageDirectoryLister::enter(QByteArrayView name, Directo
         m_path.truncate(pathLength);
     }
     return result;
+}
+
+bool ImageDirectoryLister::copyFile(QByteArrayView name, QIODevice &out)
+{
+    if (m_levels.empty())
+        return false;
+    return m_volume->copyFile(m_levels.back().self, m_path.isEmpty() ? QByteArrayView("/") : QByteArrayView(m_path),
+                              name, out);
 }
 
 void ImageDirectoryLister::leave()

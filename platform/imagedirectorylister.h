@@ -4,6 +4,7 @@
 #include "drives.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
 
 #include <memory>
@@ -24,6 +25,11 @@ namespace DiscImage {
 QStringList nameFilters();
 bool hasImageName(const QString &fileName);
 ImageKind probe(const QString &path);
+// Writes the bytes of the file at `storedPath` ("D:\\DOC\\LISEZMOI.TXT": each component matched
+// against the catalogue names the image's walk gives, the same spelling first, else ignoring
+// case) to `out`, 64 KiB at a time. False when the image cannot be read, the file is not in it or
+// lies past its end, or a write fails; `out` may then hold part of the file. The image is only read.
+bool copyFile(const QString &imagePath, const QString &storedPath, QIODevice &out);
 
 } // namespace DiscImage
 
@@ -64,6 +70,8 @@ public:
     Result enter(QByteArrayView name, DirectoryListing &entries) override;
     void leave() override;
     void close() override;
+    // Writes the bytes of the file `name` (native) of the current directory to `out`.
+    bool copyFile(QByteArrayView name, QIODevice &out);
 
     // A sub-directory as a volume finds it: where it is, and its name to go into it.
     struct Directory

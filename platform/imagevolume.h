@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QIODevice>
 
 #include <cstdint>
 #include <memory>
@@ -41,7 +42,15 @@ public:
     // sub-directories to `children`; false when it cannot be read.
     virtual bool list(const ImageDirectory &directory, QByteArrayView path, DirectoryListing &entries,
                       std::vector<ImageDirectory> &children) = 0;
+    // Writes the bytes of the file `name` (a native name, not a directory nor a link) of
+    // `directory` to `out`, one chunk at a time; false when it is not there, its data lies outside
+    // the image or a write fails.
+    virtual bool copyFile(const ImageDirectory &directory, QByteArrayView path, QByteArrayView name,
+                          QIODevice &out) = 0;
 };
+
+// The size of the chunks a file is copied in: the memory a copy takes, whatever the file's size.
+constexpr std::uint32_t kImageCopyChunk = 64 * 1024;
 
 // The first reader that recognises the image, null when none does.
 std::unique_ptr<ImageVolume> openIsoVolume(std::unique_ptr<SectorReader> sectors);

@@ -6,6 +6,7 @@
 
 #include <cdio/iso9660.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -50,8 +51,24 @@ public:
     ImageDirectory root() override { return m_root; }
     bool list(const ImageDirectory &directory, QByteArrayView path, DirectoryListing &entries,
               std::vector<ImageDirectory> &children) override;
+    bool copyFile(const ImageDirectory &directory, QByteArrayView path, QByteArrayView name,
+                  QIODevice &out) override;
 
 private:
+    // One entry of a directory as the mount shows it.
+    struct IsoEntry
+    {
+        QByteArrayView name; // valid during the visit only
+        bool isDirectory;
+        bool link;
+        std::uint64_t where;
+        std::uint64_t size;
+        bool multiExtent; // the file goes on in the next record
+        std::uint64_t next; // where the next record begins in m_extent
+    };
+    // Reads the directory's extent and calls `visit` for each shown entry until it returns false.
+    template <typename Visit>
+    bool forEachEntry(const ImageDirectory &directory, Visit visit);
     bool readExtent(std::uint32_t sector, std::uint64_t size);
     void readSystemUse(const unsigned char *area, size_t length, RockRidge &rr, int depth);
     std::uint64_t sizeOfDirectoryAt(std::uint32_t sector);
@@ -62,6 +79,7 @@ private:
     unsigned m_skip = 0; // SUSP bytes to skip at the start of every System Use area
     std::unique_ptr<char[]> m_extent;
     std::uint64_t m_extentCapacity = 0;
+    std::uint64_t m_extentSize = 0; // the directory last read into m_extent
     char m_continuation[kSector];
     QByteArray m_name;
 };
@@ -169,14 +187,15 @@ std::uint64_t IsoVolume::sizeOfDirectoryAt(std::uint32_t sector)
     return le32(first + kSize);
 }
 
-bool IsoVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryListing &entries,
-                     std::vector<ImageDirectory> &children)
+template <typename Visit>
+bool IsoVolume::forEachEntry(const ImageDirectory &directory, Visit visit)
 {
     std::uint64_t size = directory.size;
     if (size == 0) // a relocated directory, known only by where it is
         size = sizeOfDirectoryAt(std::uint32_t(directory.where));
     if (size == 0 || !readExtent(std::uint32_t(directory.where), size))
         return false;
+    m_extentSize = size;
     const auto *extent = reinterpret_cast<const unsigned char *>(m_extent.get());
     bool continued = false; // the last record was not its file's last extent
     for (std::uint64_t at = 0; at < size;) {
@@ -200,9 +219,8 @@ bool IsoVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryL
         const unsigned char *name = record + kName;
         if (nameLength == 1 && name[0] <= 1)
             continue; // "." and ".."
-        bool isDirectory = flags & ISO_DIRECTORY;
-        std::uint64_t where = le32(record + kExtent);
-        std::uint64_t dataSize = le32(record + kSize);
+        IsoEntry entry{{}, bool(flags & ISO_DIRECTORY), false, le32(record + kExtent), le32(record + kSize),
+                       continued, at};
         m_name.clear();
         bool named = false;
         if (m_names == Names::RockRidge) {
@@ -213,12 +231,14 @@ bool IsoVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryL
             if (rr.relocated || rr.dots)
                 continue;
             if (rr.child >= 0) {
-                isDirectory = true;
-                where = std::uint64_t(rr.child);
-                dataSize = 0;
+                entry.isDirectory = true;
+                entry.where = std::uint64_t(rr.child);
+                entry.size = 0;
             }
-            if (rr.link)
-                isDirectory = false;
+            if (rr.link) {
+                entry.isDirectory = false;
+                entry.link = true;
+            }
             if (rr.hasName) {
                 m_name = rr.name;
                 named = true;
@@ -244,9 +264,74 @@ bool IsoVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryL
             m_name.truncate(nul);
         if (m_name.isEmpty() || m_name == "." || m_name == ".." || m_name.contains('/'))
             continue; // no system could show such a name
-        entries.add(m_name, isDirectory);
-        if (isDirectory)
-            children.push_back({where, dataSize, m_name});
+        entry.name = m_name;
+        if (!visit(entry))
+            break;
+    }
+    return true;
+}
+
+bool IsoVolume::list(const ImageDirectory &directory, QByteArrayView, DirectoryListing &entries,
+                     std::vector<ImageDirectory> &children)
+{
+    return forEachEntry(directory, [&](const IsoEntry &entry) {
+        entries.add(entry.name, entry.isDirectory);
+        if (entry.isDirectory)
+            children.push_back({entry.where, entry.size, m_name});
+        return true;
+    });
+}
+
+bool IsoVolume::copyFile(const ImageDirectory &directory, QByteArrayView, QByteArrayView name, QIODevice &out)
+{
+    struct Extent
+    {
+        std::uint32_t sector;
+        std::uint64_t size;
+    };
+    std::vector<Extent> extents;
+    bool found = false;
+    std::uint64_t at = 0;
+    bool more = false;
+    if (!forEachEntry(directory, [&](const IsoEntry &entry) {
+            if (entry.name != name || entry.isDirectory || entry.link)
+                return true;
+            extents.push_back({std::uint32_t(entry.where), entry.size});
+            found = true;
+            more = entry.multiExtent;
+            at = entry.next;
+            return false;
+        })
+        || !found)
+        return false;
+    // A file larger than one extent goes on in the records that follow its first.
+    const auto *extent = reinterpret_cast<const unsigned char *>(m_extent.get());
+    while (more && at < m_extentSize) {
+        const unsigned char *record = extent + at;
+        const std::uint64_t inSector = kSector - at % kSector;
+        const size_t length = record[0];
+        if (length == 0 || length < kName || length > inSector || at + length > m_extentSize) {
+            at += inSector;
+            continue;
+        }
+        extents.push_back({le32(record + kExtent), le32(record + kSize)});
+        more = record[kFlags] & ISO_MULTIEXTENT;
+        at += length;
+    }
+    if (more)
+        return false;
+    constexpr std::uint32_t kChunkSectors = kImageCopyChunk / kSector;
+    const auto chunk = std::make_unique_for_overwrite<char[]>(kImageCopyChunk);
+    for (const Extent &part : extents) {
+        std::uint32_t sector = part.sector;
+        for (std::uint64_t left = part.size; left > 0;) {
+            const std::uint32_t count = std::uint32_t(std::min<std::uint64_t>((left + kSector - 1) / kSector, kChunkSectors));
+            const std::uint64_t bytes = std::min<std::uint64_t>(left, std::uint64_t(count) * kSector);
+            if (!m_sectors->read(sector, count, chunk.get()) || out.write(chunk.get(), qint64(bytes)) != qint64(bytes))
+                return false;
+            sector += count;
+            left -= bytes;
+        }
     }
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include "archivefile.h"
 #include "drives.h"
+#include "imagefiles.h"
 #include "localpath.h"
 #include "regularfile.h"
 #include "windows1252.h"
@@ -107,5 +108,16 @@ QString DiscLocator::localPath(const QString &storedPath, const QString &archive
         if (holdsArchive(drive, archiveFile))
             return localPathOn(drive.mountPoint, storedPath);
     }
-    return {};
+    return outOfImage(storedPath, archiveFile);
+}
+
+// Disc images: the last place looked at, so a mounted disc (or image) always comes first.
+QString DiscLocator::outOfImage(const QString &storedPath, const QString &archiveFile)
+{
+    return m_images ? m_images->copyOf(storedPath, archiveFile) : QString();
+}
+
+bool DiscLocator::isImageCopy(const QString &localPath) const
+{
+    return m_images && m_images->isCopy(localPath);
 }

@@ -69,13 +69,19 @@ std::optional<QByteArray> headOf(const QString &path)
 
 FoundFileActions::FoundFileActions(const Services &services)
     : m_services(services)
-    , m_locator(services.drives)
+    , m_locator(services.drives, services.images)
 {
 }
 
 QString FoundFileActions::localPathOf(const QString &storedPath, const FoundRow &row)
 {
     return storedPath.isEmpty() ? QString() : m_locator.localPath(storedPath, row.archiveFile());
+}
+
+QString FoundFileActions::runnablePathOf(const QString &storedPath, const FoundRow &row)
+{
+    const QString local = localPathOf(storedPath, row);
+    return m_locator.isImageCopy(local) ? QString() : local;
 }
 
 std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, const QStringList &extensionList)
@@ -97,13 +103,13 @@ std::optional<FoundFileActions::Preview> FoundFileActions::act(FoundRow &row, co
         return std::nullopt;
     }
     if (extension == u"HLP") {
-        const QString local = localPathOf(row.helpPath(), row);
+        const QString local = runnablePathOf(row.helpPath(), row);
         if (!local.isEmpty())
             m_services.launcher.startWindowsFile(local);
         return std::nullopt;
     }
     if (extension == u"COM" || extension == u"EXE" || extension == u"BAT") {
-        const QString local = localPathOf(row.path(), row);
+        const QString local = runnablePathOf(row.path(), row);
         if (!local.isEmpty())
             startProgramFile(extension, local);
         return std::nullopt;

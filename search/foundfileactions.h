@@ -12,6 +12,7 @@ class Dialogs;
 class Drives;
 class FolderPicker;
 class FoundRow;
+class ImageFiles;
 class Launcher;
 class MediaPlayer;
 class PictureLoader;
@@ -32,6 +33,8 @@ public:
         FolderPicker &folderPicker;
         PictureLoader &pictures;
         MediaPlayer &media;
+        // Where files of archives made from disc images are read when no medium holds them.
+        ImageFiles *images = nullptr;
     };
 
     // The three class buttons of "Séquences automatisées".
@@ -78,6 +81,8 @@ public:
 
 private:
     QString localPathOf(const QString &storedPath, const FoundRow &row);
+    // The same for a program or a help file to start: never a copy out of a disc image.
+    QString runnablePathOf(const QString &storedPath, const FoundRow &row);
     void startProgramFile(const QString &extension, const QString &localPath);
 
     Services m_services;

@@ -4,6 +4,7 @@
 #include "foundfiles.h"
 
 class Drives;
+class ImageFiles;
 class SearchResults;
 
 // The viewers' rows: those of a search window's last search, read by index, found on the medium
@@ -11,8 +12,8 @@ class SearchResults;
 class SearchFoundFiles final : public FoundFiles
 {
 public:
-    SearchFoundFiles(const SearchResults &results, Drives &drives)
-        : m_results(results), m_locator(drives) {}
+    SearchFoundFiles(const SearchResults &results, Drives &drives, ImageFiles *images = nullptr)
+        : m_results(results), m_locator(drives, images) {}
 
     int count() const override;
     QString name(int row) const override;
