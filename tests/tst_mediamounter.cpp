@@ -1,0 +1,200 @@
+#include "testsupport.h"
+#include "udisksmounter.h"
+
+#include <QDBusServiceWatcher>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+namespace {
+
+const QString kBlock = u"org.freedesktop.UDisks2.Block"_qs;
+const QString kFilesystem = u"org.freedesktop.UDisks2.Filesystem"_qs;
+const QString kDrive = u"org.freedesktop.UDisks2.Drive"_qs;
+
+using Interfaces = QMap<QString, QVariantMap>;
+
+// A block object as GetManagedObjects gives it, with a file system unless `filesystem` is false.
+Interfaces block(const QByteArray &device, const QString &drive, const QByteArrayList &mountPoints = {},
+                 bool ignored = false, bool filesystem = true)
+{
+    Interfaces object{{kBlock, {{u"Device"_qs, QByteArray(device + '\0')}, {u"Drive"_qs, drive},
+                                {u"HintIgnore"_qs, ignored}}}};
+    if (filesystem)
+        object.insert(kFilesystem, {{u"MountPoints"_qs, QVariant::fromValue(mountPoints)}});
+    return object;
+}
+
+Interfaces drive(bool removable, bool mediaRemovable, bool optical)
+{
+    return {{kDrive, {{u"Removable"_qs, removable}, {u"MediaRemovable"_qs, mediaRemovable}, {u"Optical"_qs, optical}}}};
+}
+
+const QString kDrivePath = u"/org/freedesktop/UDisks2/drives/X"_qs;
+
+// A root-only daemon of the test, ended with it.
+void stop(QProcess &process)
+{
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+}
+
+int run(const QString &program, const QStringList &arguments, const QString &busAddress = {}, QString *out = nullptr)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    if (!busAddress.isEmpty()) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, busAddress);
+        process.setProcessEnvironment(environment);
+    }
+    process.start(program, arguments);
+    if (!process.waitForFinished(30000))
+        return -1;
+    if (out)
+        *out = QString::fromLocal8Bit(process.readAll());
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+} // namespace
+
+class tst_MediaMounter : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void unmountedMediaAreFileSystemsOfRemovableDrives_data()
+    {
+        QTest::addColumn<Interfaces>("blockObject");
+        QTest::addColumn<Interfaces>("driveObject");
+        QTest::addColumn<QStringList>("media");
+        const QStringList disc{u"/dev/sr0"_qs};
+        QTest::newRow("a disc in an optical drive") << block("/dev/sr0", kDrivePath) << drive(false, true, true) << disc;
+        QTest::newRow("a stick's partition") << block("/dev/sr0", kDrivePath) << drive(true, false, false) << disc;
+        QTest::newRow("a card in a reader") << block("/dev/sr0", kDrivePath) << drive(false, true, false) << disc;
+        QTest::newRow("a fixed disk") << block("/dev/sr0", kDrivePath) << drive(false, false, false) << QStringList();
+        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true)
+                                 << QStringList();
+        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << QStringList();
+        QTest::newRow("no file system (a blank disc)")
+            << block("/dev/sr0", kDrivePath, {}, false, false) << drive(false, true, true) << QStringList();
+        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true)
+                                                             << QStringList();
+    }
+
+    void unmountedMediaAreFileSystemsOfRemovableDrives()
+    {
+        QFETCH(Interfaces, blockObject);
+        QFETCH(Interfaces, driveObject);
+        QFETCH(QStringList, media);
+        const UDisksObjects objects{{u"/org/freedesktop/UDisks2/block_devices/sr0"_qs, blockObject},
+                                    {kDrivePath, driveObject}};
+        QCOMPARE(unmountedMediaIn(objects), media);
+    }
+
+    // A container has no system bus: every call answers nothing.
+    void withoutABusNothingIsMounted()
+    {
+        UDisks2Mounter mounter(QDBusConnection::connectToBus(u"unix:path=/nonexistent/bus"_qs, u"none"_qs));
+        QCOMPARE(mounter.unmountedMedia(), QStringList());
+        QCOMPARE(mounter.mount(u"/dev/sr0"_qs), std::nullopt);
+    }
+
+    // A real udisksd on a bus of the test's own (as root: udev and loop devices), an ext4 image
+    // attached as a loop device, mounted through the class.
+    void mountsThroughARealUDisks2()
+    {
+        if (::geteuid() != 0)
+            QSKIP("udisksd, udev and loop devices need root");
+        for (const QString &program : {u"dbus-daemon"_qs, u"/lib/systemd/systemd-udevd"_qs, u"udevadm"_qs,
+                                       u"/usr/libexec/udisks2/udisksd"_qs, u"udisksctl"_qs, u"mkfs.ext4"_qs}) {
+            if (QStandardPaths::findExecutable(program).isEmpty() && !QFileInfo(program).isExecutable())
+                QSKIP(qPrintable(u"not installed: "_qs + program));
+        }
+        QTemporaryDir dir;
+        QVERIFY(TestSupport::writeFile(
+            dir.filePath(u"bus.conf"_qs),
+            "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig><type>system</type>"
+            "<listen>unix:path=" + QFile::encodeName(dir.filePath(u"bus"_qs)) + "</listen><auth>EXTERNAL</auth>"
+            "<policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/><allow send_destination=\"*\"/>"
+            "<allow receive_sender=\"*\"/></policy></busconfig>\n"));
+        QProcess bus;
+        bus.start(u"dbus-daemon"_qs, {u"--config-file="_qs + dir.filePath(u"bus.conf"_qs), u"--nofork"_qs,
+                                      u"--print-address=1"_qs});
+        const auto stopBus = qScopeGuard([&] { stop(bus); });
+        if (!bus.waitForReadyRead(10000))
+            QSKIP("dbus-daemon did not start");
+        const QString address = QString::fromLatin1(bus.readLine()).trimmed();
+        const QDBusConnection connection = QDBusConnection::connectToBus(address, u"udisks-trial"_qs);
+        const auto disconnect = qScopeGuard([] { QDBusConnection::disconnectFromBus(u"udisks-trial"_qs); });
+        QVERIFY(connection.isConnected());
+        UDisks2Mounter mounter(connection);
+        QCOMPARE(mounter.unmountedMedia(), QStringList()); // a bus without UDisks2
+        QCOMPARE(mounter.mount(u"/dev/loop0"_qs), std::nullopt);
+
+        // One udev for the machine: started only when none runs, and ended then.
+        const bool ownUdev = run(u"udevadm"_qs, {u"control"_qs, u"--ping"_qs}) != 0;
+        if (ownUdev && run(u"/lib/systemd/systemd-udevd"_qs, {u"--daemon"_qs}) != 0)
+            QSKIP("systemd-udevd did not start");
+        const auto stopUdev = qScopeGuard([&] {
+            if (ownUdev)
+                run(u"udevadm"_qs, {u"control"_qs, u"--exit"_qs});
+        });
+        if (run(u"udevadm"_qs, {u"trigger"_qs, u"--action=add"_qs, u"--subsystem-match=block"_qs}) != 0
+            || run(u"udevadm"_qs, {u"settle"_qs}) != 0)
+            QSKIP("udev cannot see the block devices here");
+
+        QDBusServiceWatcher watcher(u"org.freedesktop.UDisks2"_qs, connection,
+                                    QDBusServiceWatcher::WatchForRegistration);
+        QSignalSpy registered(&watcher, &QDBusServiceWatcher::serviceRegistered);
+        QProcess udisks;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, address);
+        udisks.setProcessEnvironment(environment);
+        udisks.setProcessChannelMode(QProcess::MergedChannels);
+        udisks.start(u"/usr/libexec/udisks2/udisksd"_qs, QStringList());
+        const auto stopUdisks = qScopeGuard([&] { stop(udisks); });
+        if (!registered.wait(15000))
+            QSKIP(qPrintable(u"udisksd did not start: "_qs + QString::fromLocal8Bit(udisks.readAll())));
+
+        const QString label = u"KX"_qs + QString::number(::getpid());
+        QVERIFY(QDir(dir.path()).mkpath(u"content"_qs));
+        QVERIFY(TestSupport::writeFile(dir.filePath(u"content/LISEZMOI.TXT"_qs), "x"));
+        const QString image = dir.filePath(u"disque.img"_qs);
+        QVERIFY(QFile(image).open(QIODevice::WriteOnly));
+        QVERIFY(QFile(image).resize(8 << 20));
+        QCOMPARE(run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}), 0);
+        QString said;
+        if (run(u"udisksctl"_qs, {u"loop-setup"_qs, u"--no-user-interaction"_qs, u"-f"_qs, image}, address, &said) != 0)
+            QSKIP(qPrintable(u"no loop device: "_qs + said));
+        const QString device = QRegularExpression(u"/dev/loop[0-9]+"_qs).match(said).captured();
+        QVERIFY2(!device.isEmpty(), qPrintable(said));
+        const auto detach = qScopeGuard([&] {
+            run(u"udisksctl"_qs, {u"unmount"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
+            run(u"udisksctl"_qs, {u"loop-delete"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
+        });
+        run(u"udevadm"_qs, {u"settle"_qs});
+
+        // udisksd gives the file system once udev has probed it.
+        std::optional<QString> point;
+        QTRY_VERIFY_WITH_TIMEOUT((point = mounter.mount(device)).has_value(), 15000);
+        QCOMPARE(*point, u"/media/root/"_qs + label);
+        QVERIFY(QFileInfo(*point + u"/LISEZMOI.TXT"_qs).isFile());
+        QCOMPARE(mounter.mount(device), point); // mounted already: where it is
+        QVERIFY(!mounter.unmountedMedia().contains(device)); // an image the system attached is no removable medium
+    }
+};
+
+QTEST_MAIN(tst_MediaMounter)
+#include "tst_mediamounter.moc"
