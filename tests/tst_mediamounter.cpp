@@ -1,9 +1,15 @@
+#include "createarchiveform.h"
+#include "datadirectory.h"
+#include "disclocator.h"
+#include "fakemediamounter.h"
+#include "fakeservices.h"
 #include "testsupport.h"
 #include "udisksmounter.h"
 
 #include <QDBusServiceWatcher>
 #include <QDir>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
@@ -11,8 +17,11 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 
 #include <unistd.h>
+
+using TestSupport::child;
 
 namespace {
 
@@ -73,6 +82,98 @@ class tst_MediaMounter : public QObject
     Q_OBJECT
 
 private slots:
+    void theCreateButtonMountsTheDiscItScans_data()
+    {
+        QTest::addColumn<QString>("listed"); // what the mounter lists as present and not mounted
+        QTest::addColumn<QStringList>("mounted");
+        QTest::addColumn<QByteArray>("archive");
+        QTest::newRow("a disc nobody mounted") << u"/dev/sr0"_qs << QStringList{u"/dev/sr0"_qs}
+                                               << QByteArray("\"d:\\A.TXT\"\r\n");
+        QTest::newRow("only a stick, the drive empty") << u"/dev/sdb1"_qs << QStringList() << QByteArray();
+    }
+
+    // The chosen optical drive holds a disc nobody mounted: it is mounted, then walked.
+    void theCreateButtonMountsTheDiscItScans()
+    {
+        QFETCH(QString, listed);
+        QFETCH(QStringList, mounted);
+        QFETCH(QByteArray, archive);
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        DataDirectory data(dir.path());
+        data.startUp();
+        FakeServices fakes;
+        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs}};
+        fakes.directoryLister.set("/media/root/PCFUN75/", {{"A.TXT"}});
+        FakeMediaMounter mounter;
+        mounter.media = {listed};
+        mounter.mountPoints = {{u"/dev/sr0"_qs, u"/media/root/PCFUN75"_qs}, {u"/dev/sdb1"_qs, u"/media/root/CLE"_qs}};
+        mounter.onMount = [&](const QString &device, const QString &point) {
+            if (device == u"/dev/sr0")
+                fakes.drives.list[1].mountPoint = point;
+        };
+        fakes.drives.setMounter(&mounter);
+
+        CreateArchiveForm window(data, fakes.drives, fakes.directoryLister, fakes.dialogs, fakes.printer,
+                                 fakes.pictures, fakes.clock);
+        window.show();
+        QTest::keyClicks(child<QLineEdit>(&window, u"name"_qs), u"PCFUN75"_qs);
+        QSignalSpy finished(&window, &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(child<QToolButton>(&window, u"create"_qs), Qt::LeftButton);
+        if (window.isScanning())
+            QVERIFY(finished.wait(10000));
+        QCOMPARE(mounter.mounted, mounted);
+        const QString written = data.folderPath(data.archiveFolders().constFirst()) + u"/PCFUN75.lst"_qs;
+        QCOMPARE(TestSupport::readFile(written), archive); // an empty walk writes nothing
+    }
+
+    void anActionMountsTheMediaToFindItsDisc_data()
+    {
+        QTest::addColumn<bool>("withMounter");
+        QTest::addColumn<bool>("mountedAlready");
+        QTest::addColumn<QString>("listedHolds"); // the disc on the medium the mounter lists
+        QTest::addColumn<bool>("found");
+        QTest::addColumn<QStringList>("mounted");
+        const QStringList stick{u"/dev/sdb1"_qs};
+        QTest::newRow("its disc nobody mounted") << true << false << u"PCFUN75"_qs << true << stick;
+        QTest::newRow("another disc nobody mounted") << true << false << u"PCMAG13"_qs << false << stick;
+        QTest::newRow("its disc mounted: nothing else is") << true << true << u"PCMAG13"_qs << true << QStringList();
+        QTest::newRow("no UDisks2") << false << false << u"PCFUN75"_qs << false << QStringList();
+    }
+
+    void anActionMountsTheMediaToFindItsDisc()
+    {
+        QFETCH(bool, withMounter);
+        QFETCH(bool, mountedAlready);
+        QFETCH(QString, listedHolds);
+        QFETCH(bool, found);
+        QFETCH(QStringList, mounted);
+        QTemporaryDir dir;
+        for (const QString &disc : {u"PCFUN75"_qs, u"PCMAG13"_qs}) {
+            QVERIFY(QDir(dir.path()).mkpath(disc));
+            QVERIFY(TestSupport::writeFile(dir.filePath(disc + u'/' + disc + u".TXT"_qs), "x"));
+            QVERIFY(TestSupport::writeFile(dir.filePath(disc + u"/FILE_ID.DIZ"_qs), "x"));
+        }
+        const QString archive = dir.filePath(u"PCFUN75.lst"_qs);
+        QVERIFY(TestSupport::writeFile(archive, "\"d:\\FILE_ID.DIZ\"\r\n\"d:\\PCFUN75.TXT\"\r\n"));
+        FakeDrives drives({{u"c:"_qs, DriveType::Fixed, u"/"_qs}});
+        if (mountedAlready)
+            drives.list.append({u"d:"_qs, DriveType::CdRom, dir.filePath(u"PCFUN75"_qs), {}, u"/dev/sr0"_qs, u"fun"_qs});
+        FakeMediaMounter mounter;
+        mounter.media = {u"/dev/sdb1"_qs};
+        mounter.mountPoints = {{u"/dev/sdb1"_qs, dir.filePath(listedHolds)}};
+        mounter.onMount = [&](const QString &device, const QString &point) {
+            drives.list.append({u"e:"_qs, DriveType::Fixed, point, {}, device, listedHolds});
+        };
+        if (withMounter)
+            drives.setMounter(&mounter);
+
+        DiscLocator locator(drives);
+        const QString local = locator.localPath(u"D:\\FILE_ID.DIZ"_qs, archive);
+        QCOMPARE(local, found ? dir.filePath(u"PCFUN75/FILE_ID.DIZ"_qs) : QString());
+        QCOMPARE(mounter.mounted, mounted);
+    }
+
     void unmountedMediaAreFileSystemsOfRemovableDrives_data()
     {
         QTest::addColumn<Interfaces>("blockObject");
