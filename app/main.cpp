@@ -8,6 +8,7 @@
 #include "qtpictureloader.h"
 #include "qtprinter.h"
 #include "systemclock.h"
+#include "udisksmounter.h"
 #include "widgetdialogs.h"
 
 #include <QApplication>
@@ -27,8 +28,11 @@ int main(int argc, char *argv[])
     DesktopLauncher launcher(data.path());
     WidgetDialogs dialogs(launcher, QApplication::applicationName());
     WidgetFolderPicker folderPicker;
+    // A disc or stick nobody mounted (no automounter) is mounted when a scan or an action needs it.
+    UDisks2Mounter mounter;
     // The letters given to media are remembered beside the catalogues, for the next runs.
-    LinuxDrives drives(data.path() + QStringLiteral("lecteurs.txt"));
+    LinuxDrives drives(data.file(QStringLiteral("lecteurs.txt")));
+    drives.setMounter(&mounter);
     LinuxDirectoryLister directoryLister;
     QtPrinter printer;
     QtPictureLoader pictures;

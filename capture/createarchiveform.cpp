@@ -323,6 +323,8 @@ void CreateArchiveForm::create()
         return;
     m_walkedImage.clear();
     m_finder->setMedium(m_drives, m_lister);
+    // A disc nobody mounted (no automounter) is mounted first, so the walk finds it.
+    m_drives.mountMedium(m_driveChooser->currentName());
     scan(m_driveChooser->currentName());
 }
 

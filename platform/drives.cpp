@@ -1,5 +1,7 @@
 #include "drives.h"
 
+#include "mediamounter.h"
+
 QString driveNameOf(const QString &nameOrRoot)
 {
     if (nameOrRoot.isEmpty() || !nameOrRoot.at(0).isLetter())
@@ -18,6 +20,27 @@ std::optional<Drive> Drives::find(const QString &name)
             return drive;
     }
     return std::nullopt;
+}
+
+bool Drives::mountMedium(const QString &name)
+{
+    if (!m_mounter)
+        return false;
+    const std::optional<Drive> drive = find(name);
+    if (!drive || !drive->mountPoint.isEmpty() || drive->device.isEmpty())
+        return false;
+    // Only what the mounter lists: an empty drive or a fixed disk is never asked for.
+    return m_mounter->unmountedMedia().contains(drive->device) && m_mounter->mount(drive->device).has_value();
+}
+
+bool Drives::mountUnmountedMedia()
+{
+    if (!m_mounter)
+        return false;
+    bool mounted = false;
+    for (const QString &device : m_mounter->unmountedMedia())
+        mounted = m_mounter->mount(device).has_value() || mounted;
+    return mounted;
 }
 
 qsizetype driveHolding(const QList<Drive> &drives, const QString &path)

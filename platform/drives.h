@@ -5,6 +5,8 @@
 #include <QString>
 #include <optional>
 
+class MediaMounter;
+
 enum class DriveType { Unknown, Removable, Fixed, CdRom };
 
 struct Drive
@@ -34,8 +36,20 @@ public:
     // The drive named by `name` ("d:", "d:\", "D", ...), if there is one.
     std::optional<Drive> find(const QString &name);
 
+    // Media present but mounted nowhere are mounted through `mounter`, which outlives the drives;
+    // without one (the default) nothing is ever mounted.
+    void setMounter(MediaMounter *mounter) { m_mounter = mounter; }
+    // Mounts the medium in drive `name` ("d:") when one is there and mounted nowhere (a disc in an
+    // optical drive nobody mounted); true when it was mounted.
+    bool mountMedium(const QString &name);
+    // Mounts every removable medium present and mounted nowhere; true when one was.
+    bool mountUnmountedMedia();
+
 signals:
     void changed();
+
+private:
+    MediaMounter *m_mounter = nullptr;
 };
 
 // The drive name ("d:") of a name or root such as "D:\", "d:" or "d"; empty when there is no letter.

@@ -93,22 +93,30 @@ bool DiscLocator::holdsArchive(const Drive &drive, const QString &archiveFile)
     return holds;
 }
 
-QString DiscLocator::localPath(const QString &storedPath, const QString &archiveFile)
+std::optional<Drive> DiscLocator::mediumHolding(const QString &letter, const QString &archiveFile)
 {
-    const QString letter = driveNameOf(storedPath);
-    if (letter.isEmpty() || storedPath.indexOf(u':') != 1 || archiveFile.isEmpty())
-        return {};
     QList<Drive> drives = m_drives.drives();
-    // The medium at the row's letter first, then the others in letter order.
     std::stable_partition(drives.begin(), drives.end(), [&](const Drive &drive) { return drive.name == letter; });
     const QMutexLocker lock(&m_mutex);
     for (const Drive &drive : std::as_const(drives)) {
         if (drive.mountPoint.isEmpty() || (drive.mountPoint == u"/" && drive.name != letter))
             continue; // the system's disk is no disc
         if (holdsArchive(drive, archiveFile))
-            return localPathOn(drive.mountPoint, storedPath);
+            return drive;
     }
-    return outOfImage(storedPath, archiveFile);
+    return std::nullopt;
+}
+
+QString DiscLocator::localPath(const QString &storedPath, const QString &archiveFile)
+{
+    const QString letter = driveNameOf(storedPath);
+    if (letter.isEmpty() || storedPath.indexOf(u':') != 1 || archiveFile.isEmpty())
+        return {};
+    std::optional<Drive> drive = mediumHolding(letter, archiveFile);
+    // The disc may be in a drive nobody mounted (no automounter): mount what is there, look again.
+    if (!drive && m_drives.mountUnmountedMedia())
+        drive = mediumHolding(letter, archiveFile);
+    return drive ? localPathOn(drive->mountPoint, storedPath) : outOfImage(storedPath, archiveFile);
 }
 
 // Disc images: the last place looked at, so a mounted disc (or image) always comes first.

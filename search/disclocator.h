@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 class Drives;
 class ImageFiles;
 struct Drive;
@@ -14,7 +16,8 @@ struct Drive;
 // catalogued: before a file is opened, run, shown or copied, the medium at the row's letter must
 // hold the row's archive (a few of the archive's entries, from its start and spread through it,
 // are there, ignoring case). When it holds another disc, the mounted medium that holds the archive
-// is used (the first by letter); when none does, there is no file.
+// is used (the first by letter); when none does, the removable media present but not mounted are
+// mounted (Drives::mountUnmountedMedia) and looked at once more; still none: there is no file.
 class DiscLocator
 {
 public:
@@ -39,6 +42,8 @@ public:
     static QStringList sampleEntries(QByteArrayView archive, int fromStart = 3, int spread = 5);
 
 private:
+    // The mounted medium holding the archive: the one at `letter` first, then the others by letter.
+    std::optional<Drive> mediumHolding(const QString &letter, const QString &archiveFile);
     bool holdsArchive(const Drive &drive, const QString &archiveFile);
     QStringList samplesOf(const QString &archiveFile);
 

@@ -1,0 +1,301 @@
+#include "createarchiveform.h"
+#include "datadirectory.h"
+#include "disclocator.h"
+#include "fakemediamounter.h"
+#include "fakeservices.h"
+#include "testsupport.h"
+#include "udisksmounter.h"
+
+#include <QDBusServiceWatcher>
+#include <QDir>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+#include <unistd.h>
+
+using TestSupport::child;
+
+namespace {
+
+const QString kBlock = u"org.freedesktop.UDisks2.Block"_qs;
+const QString kFilesystem = u"org.freedesktop.UDisks2.Filesystem"_qs;
+const QString kDrive = u"org.freedesktop.UDisks2.Drive"_qs;
+
+using Interfaces = QMap<QString, QVariantMap>;
+
+// A block object as GetManagedObjects gives it, with a file system unless `filesystem` is false.
+Interfaces block(const QByteArray &device, const QString &drive, const QByteArrayList &mountPoints = {},
+                 bool ignored = false, bool filesystem = true)
+{
+    Interfaces object{{kBlock, {{u"Device"_qs, QByteArray(device + '\0')}, {u"Drive"_qs, drive},
+                                {u"HintIgnore"_qs, ignored}}}};
+    if (filesystem)
+        object.insert(kFilesystem, {{u"MountPoints"_qs, QVariant::fromValue(mountPoints)}});
+    return object;
+}
+
+Interfaces drive(bool removable, bool mediaRemovable, bool optical)
+{
+    return {{kDrive, {{u"Removable"_qs, removable}, {u"MediaRemovable"_qs, mediaRemovable}, {u"Optical"_qs, optical}}}};
+}
+
+const QString kDrivePath = u"/org/freedesktop/UDisks2/drives/X"_qs;
+
+// A root-only daemon of the test, ended with it.
+void stop(QProcess &process)
+{
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+}
+
+int run(const QString &program, const QStringList &arguments, const QString &busAddress = {}, QString *out = nullptr)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    if (!busAddress.isEmpty()) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, busAddress);
+        process.setProcessEnvironment(environment);
+    }
+    process.start(program, arguments);
+    if (!process.waitForFinished(30000))
+        return -1;
+    if (out)
+        *out = QString::fromLocal8Bit(process.readAll());
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+} // namespace
+
+class tst_MediaMounter : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theCreateButtonMountsTheDiscItScans_data()
+    {
+        QTest::addColumn<QString>("listed"); // what the mounter lists as present and not mounted
+        QTest::addColumn<QStringList>("mounted");
+        QTest::addColumn<QByteArray>("archive");
+        QTest::newRow("a disc nobody mounted") << u"/dev/sr0"_qs << QStringList{u"/dev/sr0"_qs}
+                                               << QByteArray("\"d:\\A.TXT\"\r\n");
+        QTest::newRow("only a stick, the drive empty") << u"/dev/sdb1"_qs << QStringList() << QByteArray();
+    }
+
+    // The chosen optical drive holds a disc nobody mounted: it is mounted, then walked.
+    void theCreateButtonMountsTheDiscItScans()
+    {
+        QFETCH(QString, listed);
+        QFETCH(QStringList, mounted);
+        QFETCH(QByteArray, archive);
+        QTemporaryDir dir;
+        TestSupport::copyProgramFiles(dir.path());
+        DataDirectory data(dir.path());
+        data.startUp();
+        FakeServices fakes;
+        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs}};
+        fakes.directoryLister.set("/media/root/PCFUN75/", {{"A.TXT"}});
+        FakeMediaMounter mounter;
+        mounter.media = {listed};
+        mounter.mountPoints = {{u"/dev/sr0"_qs, u"/media/root/PCFUN75"_qs}, {u"/dev/sdb1"_qs, u"/media/root/CLE"_qs}};
+        mounter.onMount = [&](const QString &device, const QString &point) {
+            if (device == u"/dev/sr0")
+                fakes.drives.list[1].mountPoint = point;
+        };
+        fakes.drives.setMounter(&mounter);
+
+        CreateArchiveForm window(data, fakes.drives, fakes.directoryLister, fakes.dialogs, fakes.printer,
+                                 fakes.pictures, fakes.clock);
+        window.show();
+        QTest::keyClicks(child<QLineEdit>(&window, u"name"_qs), u"PCFUN75"_qs);
+        QSignalSpy finished(&window, &CreateArchiveForm::scanFinished);
+        QTest::mouseClick(child<QToolButton>(&window, u"create"_qs), Qt::LeftButton);
+        if (window.isScanning())
+            QVERIFY(finished.wait(10000));
+        QCOMPARE(mounter.mounted, mounted);
+        const QString written = data.folderPath(data.archiveFolders().constFirst()) + u"/PCFUN75.lst"_qs;
+        QCOMPARE(TestSupport::readFile(written), archive); // an empty walk writes nothing
+    }
+
+    void anActionMountsTheMediaToFindItsDisc_data()
+    {
+        QTest::addColumn<bool>("withMounter");
+        QTest::addColumn<bool>("mountedAlready");
+        QTest::addColumn<QString>("listedHolds"); // the disc on the medium the mounter lists
+        QTest::addColumn<bool>("found");
+        QTest::addColumn<QStringList>("mounted");
+        const QStringList stick{u"/dev/sdb1"_qs};
+        QTest::newRow("its disc nobody mounted") << true << false << u"PCFUN75"_qs << true << stick;
+        QTest::newRow("another disc nobody mounted") << true << false << u"PCMAG13"_qs << false << stick;
+        QTest::newRow("its disc mounted: nothing else is") << true << true << u"PCMAG13"_qs << true << QStringList();
+        QTest::newRow("no UDisks2") << false << false << u"PCFUN75"_qs << false << QStringList();
+    }
+
+    void anActionMountsTheMediaToFindItsDisc()
+    {
+        QFETCH(bool, withMounter);
+        QFETCH(bool, mountedAlready);
+        QFETCH(QString, listedHolds);
+        QFETCH(bool, found);
+        QFETCH(QStringList, mounted);
+        QTemporaryDir dir;
+        for (const QString &disc : {u"PCFUN75"_qs, u"PCMAG13"_qs}) {
+            QVERIFY(QDir(dir.path()).mkpath(disc));
+            QVERIFY(TestSupport::writeFile(dir.filePath(disc + u'/' + disc + u".TXT"_qs), "x"));
+            QVERIFY(TestSupport::writeFile(dir.filePath(disc + u"/FILE_ID.DIZ"_qs), "x"));
+        }
+        const QString archive = dir.filePath(u"PCFUN75.lst"_qs);
+        QVERIFY(TestSupport::writeFile(archive, "\"d:\\FILE_ID.DIZ\"\r\n\"d:\\PCFUN75.TXT\"\r\n"));
+        FakeDrives drives({{u"c:"_qs, DriveType::Fixed, u"/"_qs}});
+        if (mountedAlready)
+            drives.list.append({u"d:"_qs, DriveType::CdRom, dir.filePath(u"PCFUN75"_qs), {}, u"/dev/sr0"_qs, u"fun"_qs});
+        FakeMediaMounter mounter;
+        mounter.media = {u"/dev/sdb1"_qs};
+        mounter.mountPoints = {{u"/dev/sdb1"_qs, dir.filePath(listedHolds)}};
+        mounter.onMount = [&](const QString &device, const QString &point) {
+            drives.list.append({u"e:"_qs, DriveType::Fixed, point, {}, device, listedHolds});
+        };
+        if (withMounter)
+            drives.setMounter(&mounter);
+
+        DiscLocator locator(drives);
+        const QString local = locator.localPath(u"D:\\FILE_ID.DIZ"_qs, archive);
+        QCOMPARE(local, found ? dir.filePath(u"PCFUN75/FILE_ID.DIZ"_qs) : QString());
+        QCOMPARE(mounter.mounted, mounted);
+    }
+
+    void unmountedMediaAreFileSystemsOfRemovableDrives_data()
+    {
+        QTest::addColumn<Interfaces>("blockObject");
+        QTest::addColumn<Interfaces>("driveObject");
+        QTest::addColumn<QStringList>("media");
+        const QStringList disc{u"/dev/sr0"_qs};
+        QTest::newRow("a disc in an optical drive") << block("/dev/sr0", kDrivePath) << drive(false, true, true) << disc;
+        QTest::newRow("a stick's partition") << block("/dev/sr0", kDrivePath) << drive(true, false, false) << disc;
+        QTest::newRow("a card in a reader") << block("/dev/sr0", kDrivePath) << drive(false, true, false) << disc;
+        QTest::newRow("a fixed disk") << block("/dev/sr0", kDrivePath) << drive(false, false, false) << QStringList();
+        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true)
+                                 << QStringList();
+        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << QStringList();
+        QTest::newRow("no file system (a blank disc)")
+            << block("/dev/sr0", kDrivePath, {}, false, false) << drive(false, true, true) << QStringList();
+        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true)
+                                                             << QStringList();
+    }
+
+    void unmountedMediaAreFileSystemsOfRemovableDrives()
+    {
+        QFETCH(Interfaces, blockObject);
+        QFETCH(Interfaces, driveObject);
+        QFETCH(QStringList, media);
+        const UDisksObjects objects{{u"/org/freedesktop/UDisks2/block_devices/sr0"_qs, blockObject},
+                                    {kDrivePath, driveObject}};
+        QCOMPARE(unmountedMediaIn(objects), media);
+    }
+
+    // A container has no system bus: every call answers nothing.
+    void withoutABusNothingIsMounted()
+    {
+        UDisks2Mounter mounter(QDBusConnection::connectToBus(u"unix:path=/nonexistent/bus"_qs, u"none"_qs));
+        QCOMPARE(mounter.unmountedMedia(), QStringList());
+        QCOMPARE(mounter.mount(u"/dev/sr0"_qs), std::nullopt);
+    }
+
+    // A real udisksd on a bus of the test's own (as root: udev and loop devices), an ext4 image
+    // attached as a loop device, mounted through the class.
+    void mountsThroughARealUDisks2()
+    {
+        if (::geteuid() != 0)
+            QSKIP("udisksd, udev and loop devices need root");
+        for (const QString &program : {u"dbus-daemon"_qs, u"/lib/systemd/systemd-udevd"_qs, u"udevadm"_qs,
+                                       u"/usr/libexec/udisks2/udisksd"_qs, u"udisksctl"_qs, u"mkfs.ext4"_qs}) {
+            if (QStandardPaths::findExecutable(program).isEmpty() && !QFileInfo(program).isExecutable())
+                QSKIP(qPrintable(u"not installed: "_qs + program));
+        }
+        QTemporaryDir dir;
+        QVERIFY(TestSupport::writeFile(
+            dir.filePath(u"bus.conf"_qs),
+            "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig><type>system</type>"
+            "<listen>unix:path=" + QFile::encodeName(dir.filePath(u"bus"_qs)) + "</listen><auth>EXTERNAL</auth>"
+            "<policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/><allow send_destination=\"*\"/>"
+            "<allow receive_sender=\"*\"/></policy></busconfig>\n"));
+        QProcess bus;
+        bus.start(u"dbus-daemon"_qs, {u"--config-file="_qs + dir.filePath(u"bus.conf"_qs), u"--nofork"_qs,
+                                      u"--print-address=1"_qs});
+        const auto stopBus = qScopeGuard([&] { stop(bus); });
+        if (!bus.waitForReadyRead(10000))
+            QSKIP("dbus-daemon did not start");
+        const QString address = QString::fromLatin1(bus.readLine()).trimmed();
+        const QDBusConnection connection = QDBusConnection::connectToBus(address, u"udisks-trial"_qs);
+        const auto disconnect = qScopeGuard([] { QDBusConnection::disconnectFromBus(u"udisks-trial"_qs); });
+        QVERIFY(connection.isConnected());
+        UDisks2Mounter mounter(connection);
+        QCOMPARE(mounter.unmountedMedia(), QStringList()); // a bus without UDisks2
+        QCOMPARE(mounter.mount(u"/dev/loop0"_qs), std::nullopt);
+
+        // One udev for the machine: started only when none runs, and ended then.
+        const bool ownUdev = run(u"udevadm"_qs, {u"control"_qs, u"--ping"_qs}) != 0;
+        if (ownUdev && run(u"/lib/systemd/systemd-udevd"_qs, {u"--daemon"_qs}) != 0)
+            QSKIP("systemd-udevd did not start");
+        const auto stopUdev = qScopeGuard([&] {
+            if (ownUdev)
+                run(u"udevadm"_qs, {u"control"_qs, u"--exit"_qs});
+        });
+        if (run(u"udevadm"_qs, {u"trigger"_qs, u"--action=add"_qs, u"--subsystem-match=block"_qs}) != 0
+            || run(u"udevadm"_qs, {u"settle"_qs}) != 0)
+            QSKIP("udev cannot see the block devices here");
+
+        QDBusServiceWatcher watcher(u"org.freedesktop.UDisks2"_qs, connection,
+                                    QDBusServiceWatcher::WatchForRegistration);
+        QSignalSpy registered(&watcher, &QDBusServiceWatcher::serviceRegistered);
+        QProcess udisks;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, address);
+        udisks.setProcessEnvironment(environment);
+        udisks.setProcessChannelMode(QProcess::MergedChannels);
+        udisks.start(u"/usr/libexec/udisks2/udisksd"_qs, QStringList());
+        const auto stopUdisks = qScopeGuard([&] { stop(udisks); });
+        if (!registered.wait(15000))
+            QSKIP(qPrintable(u"udisksd did not start: "_qs + QString::fromLocal8Bit(udisks.readAll())));
+
+        const QString label = u"KX"_qs + QString::number(::getpid());
+        QVERIFY(QDir(dir.path()).mkpath(u"content"_qs));
+        QVERIFY(TestSupport::writeFile(dir.filePath(u"content/LISEZMOI.TXT"_qs), "x"));
+        const QString image = dir.filePath(u"disque.img"_qs);
+        QVERIFY(QFile(image).open(QIODevice::WriteOnly));
+        QVERIFY(QFile(image).resize(8 << 20));
+        QCOMPARE(run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}), 0);
+        QString said;
+        if (run(u"udisksctl"_qs, {u"loop-setup"_qs, u"--no-user-interaction"_qs, u"-f"_qs, image}, address, &said) != 0)
+            QSKIP(qPrintable(u"no loop device: "_qs + said));
+        const QString device = QRegularExpression(u"/dev/loop[0-9]+"_qs).match(said).captured();
+        QVERIFY2(!device.isEmpty(), qPrintable(said));
+        const auto detach = qScopeGuard([&] {
+            run(u"udisksctl"_qs, {u"unmount"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
+            run(u"udisksctl"_qs, {u"loop-delete"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
+        });
+        run(u"udevadm"_qs, {u"settle"_qs});
+
+        // udisksd gives the file system once udev has probed it.
+        std::optional<QString> point;
+        QTRY_VERIFY_WITH_TIMEOUT((point = mounter.mount(device)).has_value(), 15000);
+        QCOMPARE(*point, u"/media/root/"_qs + label);
+        QVERIFY(QFileInfo(*point + u"/LISEZMOI.TXT"_qs).isFile());
+        QCOMPARE(mounter.mount(device), point); // mounted already: where it is
+        QVERIFY(!mounter.unmountedMedia().contains(device)); // an image the system attached is no removable medium
+    }
+};
+
+QTEST_MAIN(tst_MediaMounter)
+#include "tst_mediamounter.moc"
