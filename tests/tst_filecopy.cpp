@@ -32,49 +32,33 @@ class tst_FileCopy : public QObject
     }
 
 private slots:
-    void copiesAndReplacesWhole()
+    // Replaced whole; refused onto a read-only file or a directory, from a missing source or into
+    // a missing folder; onto itself, directly or through a link, the content stays.
+    void replacesWholeOrRefuses()
     {
         QTemporaryDir dir;
         const QString source = dir.filePath(u"CASSE.EXE"_qs);
-        const QString target = dir.filePath(u"copie.exe"_qs);
-        QByteArray big(3 * 1024 * 1024 + 17, 'x');
-        big[0] = 'M';
+        const QByteArray big(3 * 1024 * 1024 + 17, 'x');
         TestSupport::writeFile(source, big);
-        TestSupport::writeFile(target, "an older, shorter file");
+        TestSupport::writeFile(dir.filePath(u"copie.exe"_qs), "an older, shorter file");
         QVERIFY(copyFileInto(source, dir.path(), u"copie.exe"_qs));
-        QCOMPARE(TestSupport::readFile(target), big);
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2); // no temporary left
-    }
+        QCOMPARE(TestSupport::readFile(dir.filePath(u"copie.exe"_qs)), big);
 
-    void refusesWhatCannotBeReplaced()
-    {
-        QTemporaryDir dir;
-        const QString source = dir.filePath(u"a.txt"_qs);
-        TestSupport::writeFile(source, "new");
-        const QString readOnly = dir.filePath(u"ro.txt"_qs);
-        TestSupport::writeFile(readOnly, "kept");
-        QFile::setPermissions(readOnly, QFileDevice::ReadOwner);
-        QVERIFY(!copyFileInto(source, dir.path(), u"ro.txt"_qs));
-        QCOMPARE(TestSupport::readFile(readOnly), QByteArray("kept"));
+        TestSupport::writeFile(dir.filePath(u"ro.txt"_qs), "kept");
+        QFile::setPermissions(dir.filePath(u"ro.txt"_qs), QFileDevice::ReadOwner);
         QVERIFY(QDir(dir.path()).mkdir(u"sub"_qs));
+        QVERIFY(!copyFileInto(source, dir.path(), u"ro.txt"_qs));
         QVERIFY(!copyFileInto(source, dir.path(), u"sub"_qs));
-        QVERIFY(QFileInfo(dir.filePath(u"sub"_qs)).isDir());
-
         QVERIFY(!copyFileInto(dir.filePath(u"missing"_qs), dir.path(), u"b.txt"_qs));
-        QVERIFY(!QFile::exists(dir.filePath(u"b.txt"_qs)));
         QVERIFY(!copyFileInto(source, dir.filePath(u"no/such/dir"_qs), u"a.txt"_qs));
-    }
+        QCOMPARE(TestSupport::readFile(dir.filePath(u"ro.txt"_qs)), QByteArray("kept"));
 
-    void ontoItselfKeepsTheContent()
-    {
-        QTemporaryDir dir;
-        const QString source = dir.filePath(u"a.txt"_qs);
-        TestSupport::writeFile(source, "content");
-        QVERIFY(copyFileInto(source, dir.path(), u"a.txt"_qs));
-        QCOMPARE(TestSupport::readFile(source), QByteArray("content"));
-        QVERIFY(QFile::link(source, dir.filePath(u"link.txt"_qs)));
-        QVERIFY(copyFileInto(dir.filePath(u"link.txt"_qs), dir.path(), u"a.txt"_qs));
-        QCOMPARE(TestSupport::readFile(source), QByteArray("content"));
+        QVERIFY(QFile::link(source, dir.filePath(u"link"_qs)));
+        QVERIFY(copyFileInto(source, dir.path(), u"CASSE.EXE"_qs));
+        QVERIFY(copyFileInto(dir.filePath(u"link"_qs), dir.path(), u"CASSE.EXE"_qs));
+        QCOMPARE(TestSupport::readFile(source), big);
+        QCOMPARE(tree(dir.path()), (QStringList{source, dir.filePath(u"copie.exe"_qs), dir.filePath(u"link"_qs),
+                                                dir.filePath(u"ro.txt"_qs), dir.filePath(u"sub"_qs)})); // no temporary left
     }
 
     void replacesALinkNotWhatItPointsTo_data()
@@ -112,7 +96,6 @@ private slots:
         QTest::addColumn<int>("oldTargetMode"); // 0: no file there yet
         QTest::addColumn<int>("expected");
         QTest::newRow("0640") << 0640 << 0 << 0640;
-        QTest::newRow("0755") << 0755 << 0 << 0755;
         QTest::newRow("set-uid dropped") << 04755 << 0 << 0755;
         QTest::newRow("not the old target's") << 0640 << 0666 << 0640;
     }
@@ -192,12 +175,6 @@ private slots:
         QVERIFY(QDir(dir.path()).mkdir(u"target"_qs));
         QVERIFY(!copyFileInto(source, dir.filePath(u"target"_qs), u"GOOD.TXT"_qs));
         QCOMPARE(tree(dir.filePath(u"target"_qs)), QStringList{});
-    }
-
-    void joinsWithoutDoublingTheSeparator()
-    {
-        QCOMPARE(pathInDirectory(u"/"_qs, u"A.ICO"_qs), u"/A.ICO"_qs);
-        QCOMPARE(pathInDirectory(u"/tmp/x/"_qs, u"A.ICO"_qs), u"/tmp/x/A.ICO"_qs);
     }
 };
 
