@@ -139,7 +139,8 @@ private slots:
         QTest::mouseClick(child<QPushButton>(search, u"Fichiers Images BMP, GIF, JPG ou WMF"_qs), Qt::LeftButton);
         auto *viewer = search->findChild<ImageViewerForm *>();
         QVERIFY(viewer && QTest::qWaitForWindowExposed(viewer));
-        // The window manager keeps it over the search window, whatever boxes come and go.
+        // Modal, and kept by the window manager over the search window, whatever boxes come and go.
+        QCOMPARE(QApplication::activeModalWidget(), viewer);
         QCOMPARE(viewer->windowHandle()->transientParent(), search->windowHandle());
         QVERIFY(started.fakes.dialogs.messages().isEmpty());
     }

@@ -23,6 +23,8 @@ TextViewerForm &ViewerWindows::texts()
 
 void ViewerWindows::open(QWidget &window)
 {
+    // Modal: while a show runs, a new search cannot change the list under it.
+    window.setWindowModality(Qt::ApplicationModal);
     window.show();
     window.raise();
     window.activateWindow();
