@@ -23,11 +23,6 @@ QtMediaWindow::QtMediaWindow(QWidget *parent)
     m_player = new QMediaPlayer(this);
     m_audio = new QAudioOutput(this);
     m_player->setAudioOutput(m_audio);
-    m_video = new QVideoWidget(this);
-    m_video->setObjectName(QStringLiteral("video"));
-    m_video->setAccessibleName(QStringLiteral("Vidéo"));
-    m_video->setMinimumSize(320, 240);
-    m_player->setVideoOutput(m_video);
 
     m_playPause = new QPushButton(this);
     m_playPause->setObjectName(QStringLiteral("playPause"));
@@ -42,10 +37,10 @@ QtMediaWindow::QtMediaWindow(QWidget *parent)
     auto *controls = new QHBoxLayout;
     controls->addWidget(m_playPause);
     controls->addWidget(m_position, 1);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_video, 1);
-    layout->addLayout(controls);
-    layout->addWidget(m_path);
+    m_layout = new QVBoxLayout(this);
+    newVideoArea();
+    m_layout->addLayout(controls);
+    m_layout->addWidget(m_path);
     resize(480, 420);
 
     connect(m_playPause, &QPushButton::clicked, this, &QtMediaWindow::togglePlaying);
@@ -73,6 +68,8 @@ void QtMediaWindow::play(const QString &localPath)
     if (!isRegularFile(localPath))
         return; // a FIFO or a device would block the player in its opening
     m_player->stop();
+    if (m_played++ > 0)
+        newVideoArea();
     m_path->setText(localPath);
     m_position->setValue(0);
     m_player->setSource(QUrl::fromLocalFile(localPath));
@@ -81,6 +78,25 @@ void QtMediaWindow::play(const QString &localPath)
     raise();
     activateWindow();
     m_player->play();
+}
+
+// The video area is a native window the player draws into. Hidden and shown again, or kept from
+// one opening to the next while a modal window is open, it was no longer drawn into and showed
+// copies of the window's controls: each playing but the first gets a new one.
+void QtMediaWindow::newVideoArea()
+{
+    auto *video = new QVideoWidget(this);
+    video->setObjectName(QStringLiteral("video"));
+    video->setAccessibleName(QStringLiteral("Vidéo"));
+    video->setMinimumSize(320, 240);
+    m_player->setVideoOutput(video);
+    if (m_video) {
+        m_layout->replaceWidget(m_video, video);
+        delete m_video;
+    } else {
+        m_layout->insertWidget(0, video, 1);
+    }
+    m_video = video;
 }
 
 void QtMediaWindow::showVideoArea(bool hasVideo)

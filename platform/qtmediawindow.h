@@ -9,6 +9,7 @@ class QLabel;
 class QMediaPlayer;
 class QPushButton;
 class QSlider;
+class QVBoxLayout;
 class QVideoWidget;
 
 // The media window: plays a video or a sound with Qt Multimedia (the GStreamer backend, which
@@ -31,6 +32,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void newVideoArea();
     void showVideoArea(bool hasVideo);
     void togglePlaying();
     void showState();
@@ -40,6 +42,8 @@ private:
     QMediaPlayer *m_player = nullptr;
     QAudioOutput *m_audio = nullptr;
     QVideoWidget *m_video = nullptr;
+    QVBoxLayout *m_layout = nullptr;
+    int m_played = 0;
     QPushButton *m_playPause = nullptr;
     QSlider *m_position = nullptr;
     QLabel *m_path = nullptr;
