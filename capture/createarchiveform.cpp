@@ -257,8 +257,9 @@ void CreateArchiveForm::buildControls()
     grid->addWidget(heading, 0, 0, 1, 2);
     grid->addLayout(left, 1, 0);
     grid->addLayout(right, 1, 1);
-    grid->setColumnStretch(0, 2);
-    grid->setColumnStretch(1, 3);
+    // Halves: narrower, the left column wrapped the name's caption with its ")" alone on a line.
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
     resize(900, 600);
 }
 
