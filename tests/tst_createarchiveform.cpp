@@ -145,22 +145,8 @@ private slots:
         QCOMPARE(f.text(u"driveChooserDetails"_qs), driveDescription(before.value(chooser->currentIndex())));
     }
 
-    // A refusal leaves the last scan's results cleared and starts nothing.
-    void aRefusalStartsNoScan()
-    {
-        Fixture f;
-        f.press(u"FIRST"_qs);
-        QVERIFY(f.noticeShown());
-        f.fakes.dialogs.clear();
-        f.press(u"../../ab"_qs);
-        QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs});
-        QVERIFY(!f.window().isScanning());
-        QCOMPARE(f.foundRows(), 0);
-        QVERIFY(!f.noticeShown());
-        QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"FIRST.lst"_qs});
-    }
-
-    void aScanWritesTheArchiveAndPrintsTheFoundList()
+    // A scan writes the archive and prints its list; a refusal then clears the list and starts nothing.
+    void aScanWritesTheArchiveARefusalStartsNone()
     {
         Fixture f;
         f.press(u"pcfun75x"_qs);
@@ -176,6 +162,12 @@ private slots:
         QCOMPARE(f.fakes.printer.printedLines().size(), 7);
         QTest::keyClick(child<QLineEdit>(&f.window(), u"name"_qs), Qt::Key_Backspace); // editing hides the notice
         QVERIFY(!f.noticeShown());
+
+        f.press(u"../../ab"_qs);
+        QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs});
+        QVERIFY(!f.window().isScanning());
+        QCOMPARE(f.foundRows(), 0);
+        QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"PCFUN75X.lst"_qs});
     }
 
     // The archive is written while the walk runs; a folder or a name chosen meanwhile still

@@ -45,13 +45,6 @@ Interfaces drive(bool removable, bool mediaRemovable, bool optical)
 
 const QString kDrivePath = u"/org/freedesktop/UDisks2/drives/X"_qs;
 
-// A daemon of the test, ended with it.
-void stop(QProcess &process)
-{
-    process.kill();
-    process.waitForFinished(5000);
-}
-
 } // namespace
 
 class tst_MediaMounter : public QObject
@@ -111,18 +104,17 @@ private slots:
         QTest::addColumn<Interfaces>("blockObject");
         QTest::addColumn<Interfaces>("driveObject");
         QTest::addColumn<QStringList>("media");
-        const QStringList disc{u"/dev/sr0"_qs};
-        QTest::newRow("a disc in an optical drive") << block("/dev/sr0", kDrivePath) << drive(false, true, true) << disc;
-        QTest::newRow("a stick's partition") << block("/dev/sr0", kDrivePath) << drive(true, false, false) << disc;
-        QTest::newRow("a card in a reader") << block("/dev/sr0", kDrivePath) << drive(false, true, false) << disc;
-        QTest::newRow("a fixed disk") << block("/dev/sr0", kDrivePath) << drive(false, false, false) << QStringList();
-        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true)
-                                 << QStringList();
-        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << QStringList();
-        QTest::newRow("no file system (a blank disc)")
-            << block("/dev/sr0", kDrivePath, {}, false, false) << drive(false, true, true) << QStringList();
-        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true)
-                                                             << QStringList();
+        const QStringList disc{u"/dev/sr0"_qs}, none;
+        const Interfaces plain = block("/dev/sr0", kDrivePath);
+        QTest::newRow("a disc in an optical drive") << plain << drive(false, true, true) << disc;
+        QTest::newRow("a stick's partition") << plain << drive(true, false, false) << disc;
+        QTest::newRow("a card in a reader") << plain << drive(false, true, false) << disc;
+        QTest::newRow("a fixed disk") << plain << drive(false, false, false) << none;
+        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true) << none;
+        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << none;
+        QTest::newRow("no file system (a blank disc)") << block("/dev/sr0", kDrivePath, {}, false, false)
+                                                       << drive(false, true, true) << none;
+        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true) << none;
     }
 
     void unmountedMediaAreFileSystemsOfRemovableDrives()
@@ -164,6 +156,7 @@ private slots:
         QProcess bus;
         bus.start(u"dbus-daemon"_qs, {u"--config-file="_qs + dir.filePath(u"bus.conf"_qs), u"--nofork"_qs,
                                       u"--print-address=1"_qs});
+        const auto stop = [](QProcess &daemon) { daemon.kill(), daemon.waitForFinished(5000); };
         const auto stopBus = qScopeGuard([&] { stop(bus); });
         if (!bus.waitForReadyRead(10000))
             QSKIP("dbus-daemon did not start");
