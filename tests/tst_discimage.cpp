@@ -172,6 +172,7 @@ private slots:
         QTest::newRow("BIN/CUE MODE1/2352") << rr << u"MODE1/2352"_qs;
         QTest::newRow("BIN/CUE MODE2/2352") << rr << u"MODE2/2352"_qs;
         QTest::newRow("raw MDF") << rr << u"mdf"_qs;
+        QTest::newRow("raw MDF, mode 2") << rr << u"mdf2"_qs;
     }
 
     void anIsoGivesTheArchiveOfItsExtractedTree()
@@ -193,13 +194,13 @@ private slots:
         }
         QString image = iso;
         if (container != u"iso"_qs && container != u"multisession"_qs) {
-            image = work.filePath(container == u"mdf"_qs ? u"disc.mdf"_qs : u"disc.bin"_qs);
+            image = work.filePath(container.startsWith(u"mdf"_qs) ? u"disc.mdf"_qs : u"disc.bin"_qs);
             QFile::remove(image);
             if (container.endsWith(u"2048"_qs))
                 QVERIFY(QFile::copy(iso, image));
             else
-                QVERIFY(makeRaw(iso, image, container.startsWith(u"MODE2"_qs) ? 2 : 1));
-            if (container != u"mdf"_qs) {
+                QVERIFY(makeRaw(iso, image, container.startsWith(u"MODE2"_qs) || container == u"mdf2"_qs ? 2 : 1));
+            if (!container.startsWith(u"mdf"_qs)) {
                 const QString bin = image;
                 QVERIFY(writeCue(image = work.filePath(u"disc.cue"_qs), bin, container.toLatin1().constData()));
             }
