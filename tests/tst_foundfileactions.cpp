@@ -5,12 +5,14 @@
 #include "fakeservices.h"
 #include "foundfileactions.h"
 #include "foundrow.h"
+#include "linuxdrives.h"
 #include "samplepictures.h"
 #include "testsupport.h"
 
 #include <QDir>
 #include <QFile>
 #include <QMap>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -329,6 +331,49 @@ private slots:
             QCOMPARE(local, QString());
         else
             QVERIFY2(local.startsWith(media.path(expected) + u'/'), qPrintable(local));
+    }
+
+    // Two real images mounted through FUSE: PCFUN75 was d: when catalogued, PCMAG13 holds that
+    // letter now. The right FILE_ID.DIZ opens, and nothing once PCFUN75 is unmounted.
+    void theRightFileOpensWhereverItsDiscIs()
+    {
+        QString why;
+        if (!TestSupport::fuseUsable(&why))
+            QSKIP(qPrintable(u"FUSE cannot be used here: "_qs + why));
+        const Media media(kTrees);
+        QTemporaryDir work;
+        QStringList points;
+        const auto unmount = qScopeGuard([&] { for (const QString &point : points) TestSupport::unmountFuse(point); });
+        for (const QString &name : {u"mag"_qs, u"fun"_qs}) {
+            const QString image = work.filePath(name + u".iso"_qs), point = work.filePath(name);
+            QVERIFY(QDir().mkpath(point));
+            QVERIFY(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-o"_qs, image, media.path(name)}));
+            QVERIFY(TestSupport::run(u"fuseiso"_qs, {image, point}));
+            points.append(point);
+        }
+        LinuxDrives drives;
+        QString letter; // PCMAG13's
+        for (const Drive &drive : drives.drives())
+            letter = drive.mountPoint == points[0] ? drive.name : letter;
+        QVERIFY(!letter.isEmpty());
+        QList<QByteArray> catalogue;
+        for (const QByteArray &entry : kFun75)
+            catalogue.append(letter.toLatin1().left(1) + entry.mid(1));
+        QTemporaryDir data;
+        QVERIFY(ArchiveFile::write(data.path(), u"PCFUN75"_qs, catalogue));
+
+        FakeServices services;
+        FakeMediaPlayer player;
+        FoundFileActions actions({services.launcher, drives, services.dialogs, services.folderPicker, services.pictures, player});
+        FoundRow row;
+        row.choose(letter.toUpper() + u"\\FILE_ID.DIZ"_qs, u"PCFUN75"_qs, data.filePath(u"PCFUN75.lst"_qs));
+        const QStringList table{u"DIZ         &4/usr/bin/editor"_qs};
+        actions.act(row, table);
+        QCOMPARE(services.launcher.programs.size(), 1);
+        QCOMPARE(TestSupport::readFile(services.launcher.programs[0].value(1)), QByteArray("fun:FILE_ID.DIZ"));
+        QVERIFY(TestSupport::unmountFuse(points.takeLast()));
+        actions.act(row, table);
+        QCOMPARE(services.launcher.programs.size(), 1);
     }
 };
 
