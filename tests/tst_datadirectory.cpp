@@ -47,41 +47,39 @@ private slots:
         // A read-only file system even for root: an ISO 9660 image mounted through FUSE.
         QString why;
         if (!TestSupport::fuseUsable(&why))
-            QSKIP(qPrintable(QStringLiteral("cannot mount a read-only image: ") + why));
+            QSKIP(qPrintable(u"cannot mount a read-only image: "_qs + why));
         QTemporaryDir dir;
-        const QString tree = dir.filePath(QStringLiteral("tree"));
-        QVERIFY(QDir().mkpath(tree + QStringLiteral("/Divers")));
-        QVERIFY(writeFile(tree + QStringLiteral("/Divers/PCMAG13.lst"), "\"d:\\A\"\r\n"));
-        const QString image = dir.filePath(QStringLiteral("data.iso"));
-        QCOMPARE(QProcess::execute(QStringLiteral("genisoimage"),
-                                   {QStringLiteral("-quiet"), QStringLiteral("-R"), QStringLiteral("-J"),
-                                    QStringLiteral("-o"), image, tree}), 0);
-        const QString mountPoint = dir.filePath(QStringLiteral("mnt"));
+        const QString tree = dir.filePath(u"tree"_qs);
+        QVERIFY(QDir().mkpath(tree + u"/Divers"_qs));
+        QVERIFY(writeFile(tree + u"/Divers/PCMAG13.lst"_qs, "\"d:\\A\"\r\n"));
+        const QString image = dir.filePath(u"data.iso"_qs);
+        QCOMPARE(QProcess::execute(u"genisoimage"_qs, {u"-quiet"_qs, u"-R"_qs, u"-J"_qs, u"-o"_qs, image, tree}), 0);
+        const QString mountPoint = dir.filePath(u"mnt"_qs);
         QVERIFY(QDir().mkpath(mountPoint));
-        QCOMPARE(QProcess::execute(QStringLiteral("fuseiso"), {image, mountPoint}), 0);
+        QCOMPARE(QProcess::execute(u"fuseiso"_qs, {image, mountPoint}), 0);
         const auto unmount = qScopeGuard([&] {
             QDir::setCurrent(dir.path()); // a busy mount point cannot be unmounted
             TestSupport::unmountFuse(mountPoint);
         });
         const DataDirectory data(mountPoint);
         data.startUp();
-        QCOMPARE(data.archiveFolders(), QStringList{QStringLiteral("Divers")});
+        QCOMPARE(data.archiveFolders(), QStringList{u"Divers"_qs});
     }
 
+    // Nothing there yet: the name as given; an exact match wins; two inexact candidates give no
+    // single answer.
     void bareNamesResolveIgnoringCase()
     {
         QTemporaryDir dir;
         const DataDirectory data(dir.path());
-        // Nothing there yet: the name as given, the one to create.
-        QCOMPARE(data.file(QStringLiteral("themes.txt")), dir.filePath(QStringLiteral("themes.txt")));
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("themes.txt")), "jeux\r\n"));
-        QCOMPARE(data.file(QStringLiteral("THEMES.txt")), dir.filePath(QStringLiteral("themes.txt")));
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("inkjet.ico")), "x"));
-        QCOMPARE(data.file(QStringLiteral("Inkjet.ico")), dir.filePath(QStringLiteral("inkjet.ico")));
-        // An exact match wins; two inexact candidates give no single answer.
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("Inkjet.ico")), "y"));
-        QCOMPARE(data.file(QStringLiteral("Inkjet.ico")), dir.filePath(QStringLiteral("Inkjet.ico")));
-        QCOMPARE(data.file(QStringLiteral("INKJET.ICO")), dir.filePath(QStringLiteral("INKJET.ICO")));
+        QCOMPARE(data.file(u"themes.txt"_qs), dir.filePath(u"themes.txt"_qs));
+        for (const char *name : {"themes.txt", "inkjet.ico"})
+            QVERIFY(writeFile(dir.filePath(QLatin1String(name)), "x"));
+        QCOMPARE(data.file(u"THEMES.txt"_qs), dir.filePath(u"themes.txt"_qs));
+        QCOMPARE(data.file(u"Inkjet.ico"_qs), dir.filePath(u"inkjet.ico"_qs));
+        QVERIFY(writeFile(dir.filePath(u"Inkjet.ico"_qs), "y"));
+        QCOMPARE(data.file(u"Inkjet.ico"_qs), dir.filePath(u"Inkjet.ico"_qs));
+        QCOMPARE(data.file(u"INKJET.ICO"_qs), dir.filePath(u"INKJET.ICO"_qs));
     }
 };
 

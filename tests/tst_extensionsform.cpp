@@ -2,8 +2,8 @@
 #include "extensionsform.h"
 #include "fakeservices.h"
 #include "testsupport.h"
-#include "themesform.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
@@ -15,93 +15,65 @@
 #include <QListWidget>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QToolButton>
 #include <QTreeView>
 
 using TestSupport::child;
 
 namespace {
 
-// A data directory, and a medium as drive d: holding EDIT.COM at its root and DOS/SUB/TOOL.EXE.
-struct Setup
+// A data directory, a medium as drive d: holding EDIT.COM and DOS/TOOL.EXE, and the window.
+struct Fixture
 {
-    QTemporaryDir dataDir;
-    QTemporaryDir disk;
-    FakeServices fakes;
-    DataDirectory data{dataDir.path()};
-
-    Setup()
-    {
-        TestSupport::copyProgramFiles(dataDir.path());
-        QDir(disk.path()).mkpath(u"DOS/SUB"_qs);
-        TestSupport::writeFile(disk.filePath(u"EDIT.COM"_qs), "x");
-        TestSupport::writeFile(disk.filePath(u"DOS/SUB/TOOL.EXE"_qs), "x");
-        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, disk.path()}};
-    }
-
-    QString tablePath() const { return dataDir.filePath(u"extens.txt"_qs); }
-    QByteArray table() const { return TestSupport::readFile(tablePath()); }
-};
-
-class Driver
-{
-public:
-    Driver(Setup &setup, Printer &printer)
-        : window(setup.data, setup.fakes.drives, setup.fakes.dialogs, printer, setup.fakes.pictures,
-                 setup.fakes.clock)
+    explicit Fixture(const QByteArray &table = {})
+        : prepared(prepare(table))
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
     }
 
-    template<typename T>
-    T *child(const QString &name) { return TestSupport::child<T>(&window, name); }
-    QString label(const QString &name) { return child<QLabel>(name)->text(); }
-    QStringList entries()
+    bool prepare(const QByteArray &table)
     {
-        QStringList texts;
-        auto *list = child<QListWidget>(u"lines"_qs);
-        for (int i = 0; i < list->count(); ++i)
-            texts.append(list->item(i)->text());
-        return texts;
+        TestSupport::copyProgramFiles(dataDir.path());
+        QDir(disk.path()).mkpath(u"DOS"_qs);
+        TestSupport::writeFile(disk.filePath(u"EDIT.COM"_qs), "x");
+        TestSupport::writeFile(disk.filePath(u"DOS/TOOL.EXE"_qs), "x");
+        if (!table.isEmpty())
+            TestSupport::writeFile(tablePath(), table);
+        fakes.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, disk.path()}};
+        return true;
     }
 
-    void click(const QString &button) { QTest::mouseClick(child<QAbstractButton>(button), Qt::LeftButton); }
-    void clickItem(QListWidget *list, int row)
+    QString tablePath() const { return dataDir.filePath(u"extens.txt"_qs); }
+    QString label(const QString &name) { return child<QLabel>(&window, name)->text(); }
+    QListWidget *list(const QString &name) { return child<QListWidget>(&window, name); }
+    void click(const QString &button) { QTest::mouseClick(child<QAbstractButton>(&window, button), Qt::LeftButton); }
+    void clickItem(const QString &name, int row)
     {
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+        QTest::mouseClick(list(name)->viewport(), Qt::LeftButton, {}, list(name)->visualItemRect(list(name)->item(row)).center());
     }
-    void chooseClass(int row) { clickItem(child<QListWidget>(u"classes"_qs), row); }
-    void chooseEntry(int row) { clickItem(child<QListWidget>(u"lines"_qs), row); }
-    void typeExtension(const QString &text)
+    void add(const QString &extension)
     {
-        auto *box = child<QLineEdit>(u"newExtension"_qs);
+        auto *box = child<QLineEdit>(&window, u"newExtension"_qs);
         box->clear();
-        QTest::keyClicks(box, text);
+        QTest::keyClicks(box, extension);
+        click(u"add"_qs);
     }
-    void chooseDriveBelow() { QTest::keyClick(child<QComboBox>(u"drives"_qs), Qt::Key_Down); }
-
-    void clickProgramFile(const QString &name)
+    // Clicks a directory in the tree once it is listed.
+    void clickDirectory(const QString &path)
     {
-        auto *files = child<QListView>(u"programFiles"_qs);
-        const QModelIndexList found = files->model()->match(files->model()->index(0, 0), Qt::DisplayRole, name);
-        QVERIFY2(found.size() == 1, qPrintable(name));
-        QTest::mouseClick(files->viewport(), Qt::LeftButton, {}, files->visualRect(found[0]).center());
-    }
-
-    // Clicks a directory in the tree once it is listed; `expand` also opens it.
-    void clickDirectory(const QString &path, bool expand)
-    {
-        auto *tree = child<QTreeView>(u"directories"_qs);
-        auto *model = static_cast<QFileSystemModel *>(tree->model());
+        auto *tree = child<QTreeView>(&window, u"directories"_qs);
         QModelIndex index;
-        QTRY_VERIFY((index = model->index(path)).isValid() && !tree->visualRect(index).isEmpty());
+        QTRY_VERIFY((index = static_cast<QFileSystemModel *>(tree->model())->index(path)).isValid()
+                    && !tree->visualRect(index).isEmpty());
         QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(index).center());
-        if (expand)
-            tree->expand(index);
     }
 
-    ExtensionsForm window;
+    QTemporaryDir dataDir;
+    QTemporaryDir disk;
+    FakeServices fakes;
+    DataDirectory data{dataDir.path()};
+    bool prepared;
+    ExtensionsForm window{data, fakes.drives, fakes.dialogs, fakes.printer, fakes.pictures, fakes.clock};
 };
 
 } // namespace
@@ -113,93 +85,84 @@ class tst_ExtensionsForm : public QObject
 private slots:
     void opensTopLeftWithEveryControl()
     {
-        Setup setup;
-        Driver driver(setup, setup.fakes.printer);
-        QCOMPARE(driver.window.windowTitle(), u"Kalvex2 Extensions"_qs);
-        QCOMPARE(driver.window.frameGeometry().topLeft(), QPoint(0, 0));
-        const QList<QPair<QString, QString>> labels = {{u"count"_qs, u" 0 extensions"_qs},
-                                                       {u"currentDirectory"_qs, setup.dataDir.path()}};
-        for (const auto &[name, text] : labels)
-            QCOMPARE(driver.label(name), text);
-        auto *classes = child<QListWidget>(&driver.window, u"classes"_qs);
-        QCOMPARE(classes->count(), 9);
-        QCOMPARE(classes->item(8)->text(), u"Divers"_qs);
-        QCOMPARE(setup.fakes.pictures.icons, QStringList{setup.dataDir.filePath(u"inkjet.ico"_qs)});
-        QVERIFY(!QFile::exists(setup.tablePath())); // opening writes nothing
-        for (QWidget *control : driver.window.findChildren<QWidget *>()) {
+        Fixture f;
+        QCOMPARE(f.window.windowTitle(), u"Kalvex2 Extensions"_qs);
+        QCOMPARE(f.window.frameGeometry().topLeft(), QPoint(0, 0));
+        QCOMPARE(f.label(u"count"_qs), u" 0 extensions"_qs);
+        QCOMPARE(f.label(u"currentDirectory"_qs), f.dataDir.path());
+        QCOMPARE(f.list(u"classes"_qs)->count(), 9);
+        QCOMPARE(f.list(u"classes"_qs)->item(8)->text(), u"Divers"_qs);
+        QCOMPARE(f.fakes.pictures.icons, QStringList{f.dataDir.filePath(u"inkjet.ico"_qs)});
+        QVERIFY(!QFile::exists(f.tablePath())); // opening writes nothing
+        for (QWidget *control : f.window.findChildren<QWidget *>()) {
             // A label is named by its text: one showing no value yet has nothing to say.
             const auto *label = qobject_cast<QLabel *>(control);
             if (control->focusPolicy() != Qt::NoFocus && !control->inherits("QScrollBar") && control->isVisible()
-                && control->parentWidget() && !control->parentWidget()->inherits("QAbstractScrollArea")
-                && !(label && label->text().isEmpty()))
+                && !control->parentWidget()->inherits("QAbstractScrollArea") && !(label && label->text().isEmpty()))
                 QVERIFY2(!QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name).isEmpty(),
                          control->metaObject()->className());
         }
-        driver.window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&driver.window));
-        QCOMPARE(QApplication::focusWidget(), child<QLineEdit>(&driver.window, u"newExtension"_qs));
+        f.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&f.window));
+        QCOMPARE(QApplication::focusWidget(), child<QLineEdit>(&f.window, u"newExtension"_qs));
     }
 
-    // The refusals are the core's (tst_extensiontable); here one, then an entry added from a
-    // program chosen in a nested directory of another drive, the choices kept for the next.
+    // The refusals are the core's (tst_extensiontable); here one, then entries added from a
+    // program chosen in a directory of another drive, the choices kept for the next.
     void addsFromTheChosenProgramAndClass()
     {
-        Setup setup;
-        Driver driver(setup, setup.fakes.printer);
-        driver.typeExtension(u"c"_qs);
-        driver.click(u"add"_qs);
-        QCOMPARE(setup.fakes.dialogs.messages(),
-                 QStringList{u"Vous devez associer un logiciel à chaque nouvelle extension !"_qs});
-        driver.chooseDriveBelow();
-        QCOMPARE(driver.label(u"currentDirectory"_qs), setup.disk.path());
-        QCOMPARE(child<QListView>(&driver.window, u"programFiles"_qs)->model()->rowCount(), 1); // EDIT.COM only
-        driver.clickDirectory(setup.disk.filePath(u"DOS"_qs), true);
-        driver.clickDirectory(setup.disk.filePath(u"DOS/SUB"_qs), false);
-        QCOMPARE(driver.label(u"currentDirectory"_qs), setup.disk.filePath(u"DOS/SUB"_qs));
-        driver.clickProgramFile(u"TOOL.EXE"_qs);
-        const QString program = setup.disk.filePath(u"DOS/SUB/TOOL"_qs);
-        QCOMPARE(driver.label(u"chosenProgram"_qs), program);
-        driver.chooseClass(8);
-        QCOMPARE(driver.label(u"chosenClass"_qs), u"Divers"_qs);
-        driver.click(u"add"_qs);
-        driver.typeExtension(u"txt"_qs);
-        driver.click(u"add"_qs);
-        QCOMPARE(setup.fakes.dialogs.messages().size(), 1);
-        QCOMPARE(setup.table(), "C         &9" + QFile::encodeName(program) + "\r\nTXT         &9"
-                                    + QFile::encodeName(program) + "\r\n");
-        QCOMPARE(driver.entries().size(), 2);
-        QCOMPARE(driver.label(u"count"_qs), u" 2 extensions"_qs);
-        QCOMPARE(child<QLineEdit>(&driver.window, u"newExtension"_qs)->text(), u"TXT"_qs);
+        Fixture f;
+        f.add(u"c"_qs);
+        QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez associer un logiciel à chaque nouvelle extension !"_qs});
+        QTest::keyClick(child<QComboBox>(&f.window, u"drives"_qs), Qt::Key_Down);
+        QCOMPARE(f.label(u"currentDirectory"_qs), f.disk.path());
+        auto *files = child<QListView>(&f.window, u"programFiles"_qs);
+        QCOMPARE(files->model()->rowCount(), 1); // EDIT.COM only
+        f.clickDirectory(f.disk.filePath(u"DOS"_qs));
+        QCOMPARE(f.label(u"currentDirectory"_qs), f.disk.filePath(u"DOS"_qs));
+        const QModelIndexList tool = files->model()->match(files->model()->index(0, 0), Qt::DisplayRole, u"TOOL.EXE"_qs);
+        QCOMPARE(tool.size(), 1);
+        QTest::mouseClick(files->viewport(), Qt::LeftButton, {}, files->visualRect(tool[0]).center());
+        const QString program = f.disk.filePath(u"DOS/TOOL"_qs);
+        QCOMPARE(f.label(u"chosenProgram"_qs), program);
+        f.clickItem(u"classes"_qs, 8);
+        QCOMPARE(f.label(u"chosenClass"_qs), u"Divers"_qs);
+        f.click(u"add"_qs);
+        f.add(u"txt"_qs);
+        QCOMPARE(f.fakes.dialogs.messages().size(), 1);
+        const QByteArray bytes = QFile::encodeName(program);
+        QCOMPARE(TestSupport::readFile(f.tablePath()), "C         &9" + bytes + "\r\nTXT         &9" + bytes + "\r\n");
+        QCOMPARE(f.list(u"lines"_qs)->count(), 2);
+        QCOMPARE(f.label(u"count"_qs), u" 2 extensions"_qs);
+        QCOMPARE(child<QLineEdit>(&f.window, u"newExtension"_qs)->text(), u"TXT"_qs);
     }
 
     void removesOnYesAndPrintsTheFields()
     {
-        Setup setup;
-        TestSupport::writeFile(setup.tablePath(), "GIF         &1C:\\V\r\nTXT         &4C:\\MES PROGS,V2\\E\r\n");
-        Driver driver(setup, setup.fakes.printer);
-        QCOMPARE(driver.entries(), (QStringList{u"GIF         &1C:\\V"_qs, u"TXT         &4C:\\MES PROGS"_qs, u"V2\\E"_qs}));
-        QCOMPARE(driver.label(u"count"_qs), u" 3 extensions"_qs);
-        driver.click(u"print"_qs);
-        QCOMPARE(setup.fakes.printer.printedLines(), (QStringList{u"03-21-2001"_qs, QString()} + driver.entries()));
-        QVERIFY(setup.fakes.printer.log.contains(u"x=2000"_qs));
+        Fixture f("GIF         &1C:\\V\r\nTXT         &4C:\\MES PROGS,V2\\E\r\n");
+        const QStringList fields = {u"GIF         &1C:\\V"_qs, u"TXT         &4C:\\MES PROGS"_qs, u"V2\\E"_qs};
+        QCOMPARE(f.label(u"count"_qs), u" 3 extensions"_qs);
+        f.click(u"print"_qs);
+        QCOMPARE(f.fakes.printer.printedLines(), (QStringList{u"03-21-2001"_qs, QString()} + fields));
+        QVERIFY(f.fakes.printer.log.contains(u"x=2000"_qs));
 
-        driver.chooseEntry(0);
-        QCOMPARE(driver.label(u"selected"_qs), u"GIF         &1C:\\V"_qs);
-        driver.click(u"remove"_qs); // the fake answers No
-        const FakeDialogs::Shown question = setup.fakes.dialogs.shown.last();
+        f.clickItem(u"lines"_qs, 0);
+        QCOMPARE(f.label(u"selected"_qs), fields[0]);
+        f.click(u"remove"_qs); // the fake answers No
+        const FakeDialogs::Shown question = f.fakes.dialogs.shown.last();
         QCOMPARE(question.kind, u"question"_qs);
-        QCOMPARE(question.text, u"Souhaitez-vous SUPPRIMER cette extension GIF         &1C:\\V"_qs);
+        QCOMPARE(question.text, u"Souhaitez-vous SUPPRIMER cette extension "_qs + fields[0]);
         QCOMPARE(question.title, u"Suppression de fichier "_qs);
         QCOMPARE(question.help.file, u"DEMO.HLP"_qs);
         QCOMPARE(question.help.context, 1000);
-        QCOMPARE(driver.entries().size(), 3);
-        setup.fakes.dialogs.answers = {Answer::Yes, Answer::Yes};
-        driver.click(u"remove"_qs);
-        QCOMPARE(setup.table(), QByteArray("TXT         &4C:\\MES PROGS\r\nV2\\E\r\n"));
-        QCOMPARE(driver.label(u"count"_qs), u" 2 extensions"_qs);
-        driver.click(u"remove"_qs); // nothing selected: nothing removed
-        QCOMPARE(setup.fakes.dialogs.shown.last().text, u"Souhaitez-vous SUPPRIMER cette extension "_qs);
-        QCOMPARE(driver.entries().size(), 2);
+        QCOMPARE(f.list(u"lines"_qs)->count(), 3);
+        f.fakes.dialogs.answers = {Answer::Yes, Answer::Yes};
+        f.click(u"remove"_qs);
+        QCOMPARE(TestSupport::readFile(f.tablePath()), QByteArray("TXT         &4C:\\MES PROGS\r\nV2\\E\r\n"));
+        QCOMPARE(f.label(u"count"_qs), u" 2 extensions"_qs);
+        f.click(u"remove"_qs); // nothing selected: nothing removed
+        QCOMPARE(f.fakes.dialogs.shown.last().text, u"Souhaitez-vous SUPPRIMER cette extension "_qs);
+        QCOMPARE(f.list(u"lines"_qs)->count(), 2);
     }
 };
 

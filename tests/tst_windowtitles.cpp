@@ -26,8 +26,7 @@ QString windowManagerName(QWidget *window)
     if (!xprop.waitForFinished(10000))
         return u"(xprop did not answer)"_qs;
     const QString out = QString::fromUtf8(xprop.readAllStandardOutput()).trimmed();
-    const qsizetype first = out.indexOf(u'"');
-    return first < 0 ? out : out.mid(first + 1, out.lastIndexOf(u'"') - first - 1);
+    return out.section(u'"', 1, -2);
 }
 
 } // namespace
@@ -48,8 +47,7 @@ private slots:
         setUpProgram();
     }
 
-    // The main window's title, and a box's as given, blanks included: nothing appended (the forms'
-    // titles are checked by their own tests).
+    // The main window's title, and a box's as given, blanks included.
     void titlesAsTheyAre()
     {
         QTemporaryDir dir;

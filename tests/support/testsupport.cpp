@@ -55,14 +55,9 @@ FifoWatchdog::~FifoWatchdog()
     m_thread.join();
 }
 
-QString programDirectory()
-{
-    return qEnvironmentVariable("KALVEX_PROGRAM_DIR");
-}
-
 void copyProgramFiles(const QString &directory)
 {
-    const QDir program(programDirectory());
+    const QDir program(qEnvironmentVariable("KALVEX_PROGRAM_DIR")); // where the build stages them
     const QStringList files = program.entryList({QStringLiteral("*.ico"), QStringLiteral("*.jpg"),
                                                  QStringLiteral("*.htm")}, QDir::Files);
     for (const QString &name : files)
@@ -90,29 +85,6 @@ QList<PdfWord> pdfWords(const QString &pdfPath)
         }
     }
     return words;
-}
-
-bool makeDeepChain(const QString &root, const QByteArray &name, int depth)
-{
-    int fd = ::open(QFile::encodeName(root).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (int level = 0; level <= depth; ++level) {
-        if (fd < 0)
-            return false;
-        const int file = ::openat(fd, "f.txt", O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-        bool made = file >= 0 && ::mkdirat(fd, "z", 0755) == 0;
-        if (file >= 0)
-            ::close(file);
-        int next = -1;
-        if (made && level < depth) {
-            made = ::mkdirat(fd, name.constData(), 0755) == 0;
-            next = made ? ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
-        }
-        ::close(fd);
-        if (!made)
-            return false;
-        fd = next;
-    }
-    return true;
 }
 
 bool haveProgram(const QString &name)

@@ -21,9 +21,6 @@ namespace TestSupport {
 QByteArray readFile(const QString &path);
 bool writeFile(const QString &path, const QByteArray &bytes);
 
-// The folder the build stages the program's pictures and pages in.
-QString programDirectory();
-
 // Copies the program's staged pictures and pages into `directory` (a test's data directory).
 void copyProgramFiles(const QString &directory);
 
@@ -36,11 +33,6 @@ struct PdfWord
 
 // The words of a PDF with their boxes (pdftotext -bbox); empty when pdftotext is missing.
 QList<PdfWord> pdfWords(const QString &pdfPath);
-
-// Makes `depth` nested directories named `name` under `root`, each level (the root too) holding
-// the file f.txt and the empty directory z. Made with openat, as no full path reaches the deepest
-// when they pass 4096 bytes.
-bool makeDeepChain(const QString &root, const QByteArray &name, int depth);
 
 // The control `objectName` under `parent`. A missing one (renamed, or of another type) fails the
 // test with its name and ends the test program, where an unchecked lookup would crash unnamed.
