@@ -102,7 +102,8 @@ private slots:
         first->close();
     }
 
-    // The menus in their order; the picture shown; without pictures the start-up goes on.
+    // The menus in their order; the picture shown; without pictures the start-up goes on; closing
+    // the main window ends the program.
     void startUp()
     {
         Started with(true);
@@ -116,6 +117,10 @@ private slots:
         QCOMPARE(without.data.archiveFolders().size(), 5);
         QCOMPARE(without.window.storedPath(), without.dir.path() + u"/"_qs);
         QCOMPARE(QDir::currentPath(), QDir(without.dir.path()).canonicalPath());
+        without.window.show();
+        QTimer::singleShot(0, &without.window, &QWidget::close);
+        QTimer::singleShot(5000, &without.window, [] { QCoreApplication::exit(1); }); // fail-safe
+        QCOMPARE(QApplication::exec(), 0);
     }
 
     void picturesButtonOpensTheViewerOnTheFoundFiles()
@@ -129,8 +134,7 @@ private slots:
         TableFile::write(started.data.file(u"extens.txt"_qs), {u"GIF         &1/usr/bin/viewer"_qs});
         started.window.show();
         started.window.openSearch();
-        auto *search = started.window.findChild<SearchForm *>();
-        QVERIFY(search);
+        auto *search = child<SearchForm>(&started.window, QString());
         child<QListWidget>(search, u"archives"_qs)->setCurrentRow(0);
         child<QListWidget>(search, u"extensions"_qs)->setCurrentRow(0);
         QSignalSpy finished(search, &SearchForm::searchFinished);
@@ -140,18 +144,8 @@ private slots:
         auto *viewer = search->findChild<ImageViewerForm *>();
         QVERIFY(viewer && QTest::qWaitForWindowExposed(viewer));
         // Modal, and kept by the window manager over the search window, whatever boxes come and go.
-        QCOMPARE(QApplication::activeModalWidget(), viewer);
-        QCOMPARE(viewer->windowHandle()->transientParent(), search->windowHandle());
-        QVERIFY(started.fakes.dialogs.messages().isEmpty());
-    }
-
-    void closingTheMainWindowEndsTheProgram()
-    {
-        Started started(false);
-        started.window.show();
-        QTimer::singleShot(0, &started.window, &QWidget::close);
-        QTimer::singleShot(5000, &started.window, [] { QCoreApplication::exit(1); }); // fail-safe
-        QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(QApplication::activeModalWidget() == viewer && viewer->windowHandle()->transientParent() == search->windowHandle()
+                && started.fakes.dialogs.messages().isEmpty());
     }
 };
 

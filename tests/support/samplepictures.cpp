@@ -106,7 +106,7 @@ QByteArray animatedCursor(const QList<QByteArray> &frames)
     return Bytes().raw("RIFF").u32(body.data.size()).raw(body.data).data;
 }
 
-QByteArray wmf(int width, int height, const QColor &background, const QColor &fill, const QString &text)
+QByteArray wmf(int width, int height, const QColor &background, const QColor &fill, const QString &text, int rectangles)
 {
     const int unit = 15, W = width * unit, H = height * unit;
     QByteArray face("DejaVu Sans");
@@ -114,7 +114,7 @@ QByteArray wmf(int width, int height, const QColor &background, const QColor &fi
     QByteArray chars = Windows1252::encode(text);
     const int length = int(chars.size());
     chars.resize(length + length % 2, '\0');
-    return placeableWmf(W, H, {
+    QList<QByteArray> records{
         wmfRecord(0x020B, Bytes().u16(0).u16(0)),                                 // SETWINDOWORG
         wmfRecord(0x020C, Bytes().u16(H).u16(W)),                                 // SETWINDOWEXT
         wmfRecord(0x02FC, Bytes().u16(0).u32(colorRef(background)).u16(0)),       // brush 0
@@ -129,7 +129,12 @@ QByteArray wmf(int width, int height, const QColor &background, const QColor &fi
         wmfRecord(0x0209, Bytes().u32(0)),                                        // black text
         wmfRecord(0x0102, Bytes().u16(1)),                                        // transparent
         wmfRecord(0x0521, Bytes().u16(length).raw(chars).u16(H / 4).u16(W / 2 + 2 * unit)),
-    });
+    };
+    for (int i = 0; i < rectangles; ++i) {
+        const int x = (i * 7) % width * unit, y = (i * 13) % height * unit;
+        records.append(wmfRecord(0x041B, Bytes().u16(y + 5 * unit).u16(x + 5 * unit).u16(y).u16(x)));
+    }
+    return placeableWmf(W, H, records);
 }
 
 QByteArray emf(int width, int height, const QColor &background, const QColor &fill, const QString &text)
@@ -171,18 +176,13 @@ QByteArray emf(int width, int height, const QColor &background, const QColor &fi
         .u32(270933).u32(203200).raw(records.data).data;
 }
 
-QByteArray emptyPng(int width, int height)
+QByteArray pngIcon(int width, int height, int count)
 {
     QImage image(width, height, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
     QByteArray png;
     QBuffer buffer(&png);
     image.save(&buffer, "PNG", 0); // the smallest file
-    return png;
-}
-
-QByteArray iconOfPngs(const QByteArray &png, int count)
-{
     Bytes file;
     file.u16(0).u16(1).u16(count);
     for (int i = 0; i < count; ++i)
@@ -214,18 +214,6 @@ QByteArray jpegWithEmptyScans(int width, int height, int emptyScans)
     const qsizetype lastScan = jpeg.lastIndexOf(QByteArray("\xff\xda", 2));
     const QByteArray scanHeader = jpeg.mid(lastScan, 2 + qFromBigEndian<quint16>(jpeg.constData() + lastScan + 2));
     return jpeg.insert(jpeg.size() - 2, scanHeader.repeated(emptyScans));
-}
-
-QByteArray wmfOfRectangles(int width, int height, int count)
-{
-    const int unit = 15;
-    QList<QByteArray> records{wmfRecord(0x020B, Bytes().u16(0).u16(0)),
-                              wmfRecord(0x020C, Bytes().u16(height * unit).u16(width * unit))};
-    for (int i = 0; i < count; ++i) {
-        const int x = (i * 7) % width * unit, y = (i * 13) % height * unit;
-        records.append(wmfRecord(0x041B, Bytes().u16(y + 5 * unit).u16(x + 5 * unit).u16(y).u16(x)));
-    }
-    return placeableWmf(width * unit, height * unit, records);
 }
 
 } // namespace SamplePictures

@@ -21,20 +21,18 @@ QByteArray animatedCursor(const QList<QByteArray> &frames);
 
 // A placeable metafile of width x height pixels (15 units a pixel): the page in `background`, a
 // rectangle of `fill` on its left half, `text` (Windows-1252) in black from the right half, a
-// quarter down, 20 pixels high. emf(): the same drawing in an enhanced metafile at 96 dpi.
-QByteArray wmf(int width, int height, const QColor &background, const QColor &fill, const QString &text);
+// quarter down, 20 pixels high, then `rectangles` more rectangles. emf(): the same drawing (without
+// the extra rectangles) in an enhanced metafile at 96 dpi.
+QByteArray wmf(int width, int height, const QColor &background, const QColor &fill, const QString &text, int rectangles = 0);
 QByteArray emf(int width, int height, const QColor &background, const QColor &fill, const QString &text);
 
-// A PNG of width x height transparent pixels: a few KB on disk for megabytes decoded.
-QByteArray emptyPng(int width, int height);
-// An icon file of `count` entries that all point at the same `png`, each declaring 256 x 256.
-QByteArray iconOfPngs(const QByteArray &png, int count);
+// An icon file of `count` entries that all point at one PNG of width x height transparent pixels
+// (a few KB on disk for megabytes decoded), each declaring 256 x 256.
+QByteArray pngIcon(int width, int height, int count);
 // One icon file of the entries of one-entry icon files (as icon() writes them), in that order.
 QByteArray iconOfEntries(const QList<QByteArray> &icons);
 // A progressive JPEG with `emptyScans` refinement scans of no data before its end: each one a
 // pass of the decoder over the whole picture.
 QByteArray jpegWithEmptyScans(int width, int height, int emptyScans);
-// A placeable metafile of width x height pixels holding `count` rectangle records.
-QByteArray wmfOfRectangles(int width, int height, int count);
 
 } // namespace SamplePictures
