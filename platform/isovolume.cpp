@@ -22,6 +22,22 @@ constexpr size_t kSize = offsetof(iso9660_dir_t, size);
 constexpr size_t kFlags = offsetof(iso9660_dir_t, file_flags);
 constexpr size_t kNameLength = offsetof(iso9660_dir_t, filename);
 constexpr size_t kName = kNameLength + 1;
+
+// The directory record at `at` in an extent of `size` bytes, `at` moved past it; null where a
+// sector's records end (no record crosses a sector: a zero or impossible length), `at` then
+// moved to the next sector.
+const unsigned char *nextRecord(const unsigned char *extent, std::uint64_t size, std::uint64_t &at)
+{
+    const unsigned char *record = extent + at;
+    const std::uint64_t inSector = kSector - at % kSector;
+    const size_t length = record[0];
+    if (length == 0 || length < kName || length > inSector || at + length > size) {
+        at += inSector;
+        return nullptr;
+    }
+    at += length;
+    return record;
+}
 constexpr size_t kPvdRoot = offsetof(iso9660_pvd_t, root_directory_record);
 constexpr size_t kSvdEscapes = offsetof(iso9660_svd_t, escape_sequences);
 
@@ -199,15 +215,10 @@ bool IsoVolume::forEachEntry(const ImageDirectory &directory, Visit visit)
     const auto *extent = reinterpret_cast<const unsigned char *>(m_extent.get());
     bool continued = false; // the last record was not its file's last extent
     for (std::uint64_t at = 0; at < size;) {
-        const unsigned char *record = extent + at;
-        const std::uint64_t inSector = kSector - at % kSector;
-        const size_t length = record[0];
-        // No record crosses a sector: a zero (or an impossible) length ends this sector's records.
-        if (length == 0 || length < kName || length > inSector || at + length > size) {
-            at += inSector;
+        const unsigned char *record = nextRecord(extent, size, at);
+        if (!record)
             continue;
-        }
-        at += length;
+        const size_t length = record[0];
         const size_t nameLength = record[kNameLength];
         if (kName + nameLength > length)
             continue;
@@ -307,16 +318,10 @@ bool IsoVolume::copyFile(const ImageDirectory &directory, QByteArrayView, QByteA
     // A file larger than one extent goes on in the records that follow its first.
     const auto *extent = reinterpret_cast<const unsigned char *>(m_extent.get());
     while (more && at < m_extentSize) {
-        const unsigned char *record = extent + at;
-        const std::uint64_t inSector = kSector - at % kSector;
-        const size_t length = record[0];
-        if (length == 0 || length < kName || length > inSector || at + length > m_extentSize) {
-            at += inSector;
-            continue;
+        if (const unsigned char *record = nextRecord(extent, m_extentSize, at)) {
+            extents.push_back({le32(record + kExtent), le32(record + kSize)});
+            more = record[kFlags] & ISO_MULTIEXTENT;
         }
-        extents.push_back({le32(record + kExtent), le32(record + kSize)});
-        more = record[kFlags] & ISO_MULTIEXTENT;
-        at += length;
     }
     if (more)
         return false;
