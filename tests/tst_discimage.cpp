@@ -1,7 +1,8 @@
 // Disc images read without mounting: each image, walked by the image lister, gives entry for entry
 // the archive of the tree the system shows for it (xorriso's extraction of an ISO, which keeps
 // Rock Ridge's relocations at their real place; mtools' of a FAT floppy; the source of a UDF
-// image), walked by the real lister. Damaged images end the walk empty or failed, never hanging.
+// image), walked by the real lister. Damaged images end the walk empty or failed, never hanging;
+// one deleted during the walk is read to its end, one cut short fails it.
 // Found files come out of the images byte for byte, through the list of which archive came from
 // which image, while no medium holds them.
 #include "datadirectory.h"
@@ -22,6 +23,8 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <functional>
 
 using TestSupport::run;
 
@@ -96,6 +99,28 @@ QByteArray noise(qsizetype size, quint32 seed)
         bytes[i] = char(random.bounded(256));
     return bytes;
 }
+
+// The image lister, making `change` before it enters the walk's second sub-directory.
+struct ChangedDuringTheWalk final : DirectoryLister
+{
+    explicit ChangedDuringTheWalk(std::function<void()> change) : change(std::move(change)) {}
+    Result open(const QByteArray &path, bool isRoot, DirectoryListing &entries) override
+    {
+        return lister.open(path, isRoot, entries);
+    }
+    Result enter(QByteArrayView name, DirectoryListing &entries) override
+    {
+        if (++entered == 2)
+            change();
+        return lister.enter(name, entries);
+    }
+    void leave() override { lister.leave(); }
+    void close() override { lister.close(); }
+
+    std::function<void()> change;
+    ImageDirectoryLister lister;
+    int entered = 0;
+};
 
 const QByteArray kSmall = "Lisez-moi d'abord.\r\n";
 // Larger than one 64 KiB chunk, and no whole number of sectors or clusters.
@@ -237,25 +262,33 @@ private slots:
     void aDamagedImageEndsTheWalk_data()
     {
         QTest::addColumn<QString>("damage");
-        QTest::addColumn<bool>("failed"); // else empty
+        QTest::addColumn<QString>("outcome"); // failed, empty, or whole: the undamaged image's walk
 
-        QTest::newRow("garbage") << u"garbage"_qs << false;
-        QTest::newRow("empty file") << u"empty"_qs << false;
-        QTest::newRow("CUE to a missing BIN") << u"missing bin"_qs << false;
-        QTest::newRow("truncated") << u"truncated"_qs << true;
-        QTest::newRow("directory leading to the root") << u"loop"_qs << true;
-        QTest::newRow("directory past the end") << u"past end"_qs << true;
-        QTest::newRow("FAT chain looping") << u"fat loop"_qs << true;
+        QTest::newRow("garbage") << u"garbage"_qs << u"empty"_qs;
+        QTest::newRow("empty file") << u"empty"_qs << u"empty"_qs;
+        QTest::newRow("CUE to a missing BIN") << u"missing bin"_qs << u"empty"_qs;
+        QTest::newRow("truncated") << u"truncated"_qs << u"failed"_qs;
+        QTest::newRow("directory leading to the root") << u"loop"_qs << u"failed"_qs;
+        QTest::newRow("directory past the end") << u"past end"_qs << u"failed"_qs;
+        QTest::newRow("FAT chain looping") << u"fat loop"_qs << u"failed"_qs;
+        // The open image is read to its end, as a mounted one would be.
+        QTest::newRow("deleted during the walk") << u"deleted"_qs << u"whole"_qs;
+        QTest::newRow("truncated during the walk") << u"cut"_qs << u"failed"_qs;
+        // A sparse image whose directory JEUX lies past 4 GiB.
+        QTest::newRow("4 GB") << u"4 GB"_qs << u"whole"_qs;
     }
 
     void aDamagedImageEndsTheWalk()
     {
         QFETCH(QString, damage);
-        QFETCH(bool, failed);
+        QFETCH(QString, outcome);
         const QDir work(m_work.path());
         QByteArray bytes = TestSupport::readFile(image(u"plain"_qs));
         QString damaged = work.filePath(u"damaged.iso"_qs);
         const quint32 root = le32(bytes, 16 * 2048 + 158);
+        const qsizetype rootEnd = bytes.indexOf("\x04JEUX") / 2048 * 2048 + 2048;
+        QByteArray moved;                  // JEUX's sector, put at kFar
+        constexpr quint32 kFar = 0x200010; // past 4 GiB
         if (damage == u"garbage"_qs) {
             bytes = QByteArray(300000, char(0x5A));
             bytes.replace(16 * 2048 + 1, 5, "CD001");
@@ -264,7 +297,7 @@ private slots:
         } else if (damage == u"missing bin"_qs) {
             QVERIFY(writeCue(damaged = work.filePath(u"orphan.cue"_qs), work.filePath(u"absent.bin"_qs), "MODE1/2352"));
         } else if (damage == u"truncated"_qs) {
-            bytes.truncate(bytes.indexOf("\x04JEUX") / 2048 * 2048 + 2048); // the root and no more
+            bytes.truncate(rootEnd); // the root and no more
         } else if (damage == u"fat loop"_qs) {
             KALVEX_REQUIRE_PROGRAM(u"mkfs.fat"_qs);
             QFile::remove(damaged = work.filePath(u"loop.img"_qs));
@@ -274,21 +307,38 @@ private slots:
             // DOS's first cluster (2) leads to itself: FAT12 entry 2 is the low 12 bits at 3.
             bytes[512 + 3] = char(0x02);
             bytes[512 + 4] = char(bytes[512 + 4] & 0xF0);
-        } else { // the extent of directory JEUX's record in the root (plain names: "JEUX")
+        } else if (damage != u"deleted"_qs && damage != u"cut"_qs) {
+            // The extent of directory JEUX's record in the root (plain names: "JEUX").
             const qsizetype record = bytes.indexOf("\x04JEUX", qsizetype(root) * 2048) - 32;
             QVERIFY(record > 0);
-            const quint32 target = damage == u"loop"_qs ? root : 0x7FFFFFF0u;
+            const quint32 target = damage == u"loop"_qs ? root : damage == u"4 GB"_qs ? kFar : 0x7FFFFFF0u;
+            if (damage == u"4 GB"_qs)
+                moved = bytes.mid(qsizetype(le32(bytes, record + 2)) * 2048, 2048);
             for (int i = 0; i < 4; ++i)
                 bytes[record + 2 + i] = char(target >> (8 * i));
         }
         if (!damaged.endsWith(u".cue"_qs))
             QVERIFY(TestSupport::writeFile(damaged, bytes));
-        const QByteArray before = TestSupport::readFile(damaged);
-        const Walked result = walk(damaged, ImageDirectoryLister());
-        QCOMPARE(result.failed, failed);
-        if (!failed)
+        if (!moved.isEmpty()) {
+            QFile file(damaged);
+            QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(qint64(kFar) * 2048) && file.write(moved) == moved.size());
+        }
+        const bool changes = damage == u"deleted"_qs || damage == u"cut"_qs;
+        const QByteArray before = changes || !moved.isEmpty() ? QByteArray() : TestSupport::readFile(damaged);
+        const auto change = [&] {
+            if (damage == u"deleted"_qs)
+                QFile::remove(damaged);
+            else if (damage == u"cut"_qs)
+                QFile::resize(damaged, rootEnd);
+        };
+        const Walked result = walk(damaged, ChangedDuringTheWalk(change));
+        QCOMPARE(result.failed, outcome == u"failed"_qs);
+        if (outcome == u"empty"_qs)
             QVERIFY(result.entries.isEmpty());
-        QCOMPARE(TestSupport::readFile(damaged), before); // never written to
+        if (outcome == u"whole"_qs)
+            QCOMPARE(result.entries, walk(image(u"plain"_qs), ImageDirectoryLister()).entries);
+        if (!before.isEmpty())
+            QCOMPARE(TestSupport::readFile(damaged), before); // never written to
     }
 
     void aFolderOfImagesIsPlannedBeforeAnythingIsWritten_data()
