@@ -19,6 +19,32 @@
 
 namespace {
 
+// An entry's name as the kernel shows it, decoded from its identifier's OSTA CS0 d-string (a
+// compression id, 8 for Latin-1 bytes, 16 for UCS-2 big-endian units): libudf's own name keeps
+// the low byte of each unit, so "é" would reach the catalogue as a byte no name decoding takes.
+// Empty for the parent's entry, a deleted one, or an unknown compression.
+QByteArray udfName(const udf_dirent_t *entry)
+{
+    const udf_fileid_desc_t *fid = entry->fid;
+    if (!fid || (fid->file_characteristics & (UDF_FILE_PARENT | UDF_FILE_DELETED)) || fid->i_file_id < 2)
+        return {};
+    // The same bytes libudf decoded its own name from.
+    const unsigned char *id = fid->u.imp_use.data + uint16_from_le(fid->u.i_imp_use);
+    const size_t length = fid->i_file_id - 1u;
+    QByteArray name;
+    if (id[0] == 16) {
+        appendUtf16AsUtf8(id + 1, length / 2, true, name);
+    } else if (id[0] == 8) {
+        for (size_t i = 1; i <= length; ++i) {
+            if (id[i] < 0x80)
+                name.append(char(id[i]));
+            else
+                name.append(char(0xC0 | id[i] >> 6)).append(char(0x80 | (id[i] & 0x3F)));
+        }
+    }
+    return name;
+}
+
 // UDF (DVD images) through libudf, which finds the volume and decodes its names. A directory is
 // found again by its path, as libudf's entries do not outlive the listing that gave them.
 class UdfVolume final : public ImageVolume
@@ -45,11 +71,8 @@ public:
         if (!directory)
             return false;
         while (udf_readdir(directory)) {
-            const char *name = udf_get_filename(directory);
-            if (!name || !*name || std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
-                continue;
-            const QByteArray native(name);
-            if (native.contains('/'))
+            const QByteArray native = udfName(directory);
+            if (native.isEmpty() || native == "." || native == ".." || native.contains('/'))
                 continue;
             const bool isDirectory = udf_is_dir(directory);
             entries.add(native, isDirectory);
@@ -63,10 +86,8 @@ public:
     {
         udf_dirent_t *file = open(path);
         bool found = false;
-        while (file && !found && udf_readdir(file)) {
-            const char *entryName = udf_get_filename(file);
-            found = entryName && name == QByteArrayView(entryName) && !udf_is_dir(file);
-        }
+        while (file && !found && udf_readdir(file))
+            found = name == udfName(file) && !udf_is_dir(file);
         if (!found)
             return false; // the iterator freed itself at its end
         // libudf reads only data placed by allocation descriptors (and says so on stdout for
@@ -101,8 +122,7 @@ private:
                 continue;
             udf_dirent_t *child = nullptr;
             while (!child && udf_readdir(directory)) {
-                const char *name = udf_get_filename(directory);
-                if (name && component == QByteArrayView(name) && udf_is_dir(directory))
+                if (component == udfName(directory) && udf_is_dir(directory))
                     child = udf_opendir(directory);
             }
             if (child)
