@@ -270,7 +270,7 @@ void CreateArchiveForm::load()
     loadButtonIcon(m_printButton, m_pictures, m_data.file(QStringLiteral("inkjet.ico")));
     if (m_picker) {
         loadButtonIcon(m_imageButton, m_pictures, m_data.file(QStringLiteral("discimg.ico")));
-        loadButtonIcon(m_imageFolderButton, m_pictures, m_data.file(QStringLiteral("foldrs01.ico")));
+        loadButtonIcon(m_imageFolderButton, m_pictures, m_data.file(QStringLiteral("imgfoldr.ico")));
     }
 
     showArchiveFolders(*m_folders, m_data);

@@ -37,7 +37,7 @@ const QStringList kIconFiles = {
     QStringLiteral("land002.ico"),  QStringLiteral("chart009.ico"), QStringLiteral("misc24.ico"),
     QStringLiteral("drag1pg.ico"),  QStringLiteral("camer002.ico"), QStringLiteral("note02.ico"),
     QStringLiteral("beide.ico"),    QStringLiteral("truck.ico"),    QStringLiteral("keys03.ico"),
-    QStringLiteral("card002.ico"),  QStringLiteral("discimg.ico"),
+    QStringLiteral("card002.ico"),  QStringLiteral("discimg.ico"),  QStringLiteral("imgfoldr.ico"),
 };
 const QString kPictureFile = QStringLiteral("kalvex.jpg");
 const QSize kPictureSize(480, 320);
