@@ -30,7 +30,7 @@ int main(int argc, char **argv)
         ArchiveWriter writer(folder, ImageFolder::archiveNameFor(QFileInfo(image).fileName()));
         for (int k = 1; k <= finder.count(); ++k)
             writer.add(finder.entry(k));
-        written += writer.commit() ? 1 : 0;
+        written += !finder.failed() && writer.commit() ? 1 : 0; // a failed walk writes nothing
     }
     return written == argc - 2 ? 0 : 1;
 }
