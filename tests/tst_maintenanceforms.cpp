@@ -4,6 +4,7 @@
 #include "datadirectory.h"
 #include "fakeservices.h"
 #include "foldersform.h"
+#include "searchwindowfixture.h"
 #include "testsupport.h"
 
 #include <QAbstractButton>
@@ -37,13 +38,7 @@ struct Fixture
 
     QString divers(const QString &file) const { return data.folderPath(u"Divers"_qs) + u'/' + file; }
     QString label(const QString &name) const { return child<QLabel>(&window, name)->text(); }
-    QStringList items(const QString &name) const
-    {
-        QStringList texts;
-        for (int row = 0; row < child<QListWidget>(&window, name)->count(); ++row)
-            texts.append(child<QListWidget>(&window, name)->item(row)->text());
-        return texts;
-    }
+    QStringList items(const QString &name) const { return SearchWindowData::column(&window, name); }
     void click(const QString &listName, const QString &text)
     {
         QListWidget *view = child<QListWidget>(&window, listName);
@@ -161,7 +156,7 @@ private slots:
 
         f.click(u"archives"_qs, u"PCFUN75.lst"_qs);
         f.press(u"delete"_qs); // No
-        QCOMPARE(f.lastQuestion(), u"Souhaitez-vous SUPPRIMER LE FICHIER "_qs + f.divers(u"PCFUN75.lst"_qs));
+        QCOMPARE(f.lastQuestion(), ArchiveList::deleteQuestion(f.divers(u"PCFUN75.lst"_qs)));
         QCOMPARE(f.fakes.dialogs.shown.last().title, u"Supprimer un fichier d'archives"_qs);
         QCOMPARE(f.fakes.dialogs.shown.last().help.context, 1000);
         QVERIFY(QFile::exists(f.divers(u"PCFUN75.lst"_qs)));

@@ -138,7 +138,8 @@ private slots:
         QCOMPARE(f.fakes.dialogs.messages(), QStringList{SearchRequests::rowLimitMessage("GIF")});
     }
 
-    void escapeEndsASearchButNotTheWindow()
+    // Escape ends a search but not the window; closing the window while a search runs ends it at once.
+    void escapeOrClosingEndsASearch()
     {
         Fixture f;
         QTest::mouseClick(f.child<QCheckBox>(u"selectAll"_qs), Qt::LeftButton);
@@ -149,27 +150,9 @@ private slots:
         QVERIFY(finished.count() > 0 || finished.wait(5000));
         QVERIFY(f.form.isVisible());
         QCOMPARE(f.column(u"result4"_qs).size(), f.form.foundCount());
-    }
-
-    void anArchiveThatIsAFifoNeverFreezesTheWindow()
-    {
-        // Outlives the window, so that a worker stuck opening the FIFO is let go and the test ends.
-        QTemporaryDir fifoDir;
-        TestSupport::FifoWatchdog fifo(fifoDir.filePath(u"fifo"_qs), 8);
-        QVERIFY(fifo.made());
-        Fixture f;
-        QVERIFY(QFile::link(fifoDir.filePath(u"fifo"_qs), f.data.folderPath(u"Divers"_qs) + u"/AAFIFO.lst"_qs));
-        f.form.hide();
-        f.form.show(); // reopening lists the new archive
-        QTest::mouseClick(f.child<QCheckBox>(u"selectAll"_qs), Qt::LeftButton);
-        QCOMPARE(f.form.selectedArchiveCount(), 3);
-        QVERIFY(f.click(kByName, u"readme"_qs));
-        QCOMPARE(f.form.foundCount(), 3);
-        // A new search, then closing the window while it runs, answer at once.
         f.ask(kByName, u"setup"_qs);
         f.form.close();
         QVERIFY(!f.form.isSearching());
-        QVERIFY(!fifo.fired());
     }
 
     // The actions on found files as the window wires them: presses on the result lists, the class
