@@ -83,7 +83,6 @@ private slots:
         QTest::newRow("batch any case") << u"/opt"_qs << u"RUN.bAt"_qs << u"/opt/RUN"_qs;
         QTest::newRow("linux program kept whole") << u"/usr/bin"_qs << u"xdg-open"_qs << u"/usr/bin/xdg-open"_qs;
         QTest::newRow("other dotted name kept") << u"/usr/bin"_qs << u"python3.11"_qs << u"/usr/bin/python3.11"_qs;
-        QTest::newRow("linux root, no extension") << u"/"_qs << u"init"_qs << u"/init"_qs;
     }
 
     void programPathJoinsOnceAndDropsProgramExtensions()

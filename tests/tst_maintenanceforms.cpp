@@ -69,13 +69,9 @@ private slots:
                                 << u"Souhaitez-vous RENOMMER  LE FICHIER /D/A.lst"_qs;
         QTest::newRow("delete") << ArchiveList::deleteQuestion(u"/D/A.lst"_qs)
                                 << u"Souhaitez-vous SUPPRIMER LE FICHIER /D/A.lst"_qs;
-        QTest::newRow("list count") << ArchiveList::countLabel(ArchiveList::kCountAfterRename, 2)
-                                    << u"Nombre de cd et disquettes répertoriés :  2"_qs;
         QTest::newRow("folder removal") << ArchiveFolders::removalQuestion(u"Photos"_qs)
                                         << u"Souhaitez-vous SUPPRIMER le dossier Photos"_qs + QString(45, u' ')
                                                + u"(Attention! Vous ne pourrez supprimer un dossier contenant des fichiers.)"_qs;
-        QTest::newRow("folder count") << ArchiveFolders::countLabel(6, ArchiveFolders::kCountAfterChange)
-                                      << u" 6 dossiers"_qs;
     }
 
     void texts()

@@ -168,7 +168,6 @@ private slots:
 
         f.press(u"result0"_qs, 0, Qt::LeftButton);
         QCOMPARE(f.label(u"currentPath"_qs), u"D:\\DOC\\README.TXT"_qs);
-        QCOMPARE(f.label(u"archiveLabel"_qs), u"PCFUN75 .lst"_qs);
         QVERIFY(f.fakes.launcher.programs.isEmpty());
         // The dot-less row keeps TXT, and the right press opens it by TXT without moving the row.
         f.press(u"result3"_qs, 1, Qt::LeftButton);
@@ -225,7 +224,6 @@ private slots:
         QTest::mouseClick(copy, Qt::LeftButton);
         QCOMPARE(f.label(u"copyDirectory"_qs), target.path());
         QCOMPARE(f.label(u"copyTarget"_qs), target.filePath(u"README.TXT"_qs));
-        QCOMPARE(TestSupport::readFile(target.filePath(u"README.TXT"_qs)), QByteArray("lisez-moi"));
 
         // The paths as found, after the date and a blank line (the page's layout is the printout's).
         QTest::mouseClick(f.child<QToolButton>(u"Imprimer"_qs), Qt::LeftButton);
