@@ -52,7 +52,6 @@ private slots:
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("message");
         const QString noProgram = u"Vous devez associer un logiciel à chaque nouvelle extension !"_qs;
-        QTest::newRow("nothing") << QString() << 0 << QString() << noProgram;
         QTest::newRow("no program only") << u"txt"_qs << 4 << QString() << noProgram;
         QTest::newRow("no program, all else wrong") << u"jpeg"_qs << 0 << QString() << noProgram;
         QTest::newRow("no class") << u"jpeg"_qs << 0 << u"/E"_qs << u"Vous devez choisir une classification du fichier !"_qs;
