@@ -20,9 +20,11 @@ struct Fixture : SearchWindowFixture<ThemeSearchForm>
                               // Written as the themes window writes it; a comma splits a line.
                               {u"jeux"_qs, u"lis"_qs, u"read, txt"_qs, QString()})
     {
-        QDir(disc.path()).mkpath(u"jeux"_qs); // the disc holds its archive: it is checked
+        for (const QString &directory : {u"jeux"_qs, u"DOC"_qs}) // the disc holds its archive: it is checked
+            QDir(disc.path()).mkpath(directory);
         TestSupport::writeFile(disc.filePath(u"jeux/casse.exe"_qs), "MZ");
         TestSupport::writeFile(disc.filePath(u"lisezmoi"_qs), "");
+        TestSupport::writeFile(disc.filePath(u"DOC/Jeux.txt"_qs), "jeux\r\n");
     }
     QString text(const QString &label) { return child<QLabel>(label)->text(); }
     void choose(const QString &list, int row)
@@ -96,8 +98,6 @@ private slots:
 
         f.choose(u"themes"_qs, 0);
         QVERIFY(f.runSearch());
-        QVERIFY(QDir(f.disc.path()).mkpath(u"DOC"_qs));
-        QVERIFY(TestSupport::writeFile(f.disc.filePath(u"DOC/Jeux.txt"_qs), "jeux\r\n"));
         // A left press writes the row's extension.
         f.press(u"foundNames"_qs, 1, Qt::LeftButton);
         QCOMPARE(f.text(u"chosenTheme"_qs), u"EXE"_qs);
