@@ -47,7 +47,7 @@ struct Fixture
     {
         services.drives.list = {{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, disc.path()}};
         writeFiles(disc.path(), {{u"Doc/ReadMe.txt"_qs, "lisez-moi"}, {u"README"_qs, "sans extension"}, {u"setup.exe"_qs, mzProgram({})},
-                                 {u"jeux/casse.exe"_qs, mzProgram(QByteArray("PE\0\0", 4))}, {u"jeux/win16.exe"_qs, mzProgram("NE")},
+                                 {u"jeux/casse.exe"_qs, mzProgram(QByteArray("PE\0\0", 4))},
                                  {u"jeux/tetris.com"_qs, QByteArray("\xE9\x10\x00\xCD\x20", 5)}, {u"install.bat"_qs, "@echo off\r\n"},
                                  {u"aide.hlp"_qs, "?_"}, {u"film.avi"_qs, "RIFF"}, {u"son.wav"_qs, "RIFF"},
                                  {u"logo.ico"_qs, SamplePictures::icon(SamplePictures::bands(16, 16, {Qt::red, Qt::blue}), 24, QImage())}});
@@ -158,12 +158,10 @@ private slots:
         f.press(u"D:\\JEUX\\TETRIS.COM"_qs);
         QCOMPARE(f.services.launcher.dosPrograms, (QStringList{f.onDisc(u"setup.exe"_qs), f.onDisc(u"jeux/tetris.com"_qs)}));
         f.press(u"D:\\JEUX\\CASSE.EXE"_qs);
-        f.press(u"D:\\JEUX\\WIN16.EXE"_qs);
         f.press(u"D:\\INSTALL.BAT"_qs);
         f.press(u"D:\\AIDE.HLP"_qs);
         QCOMPARE(f.services.launcher.windowsFiles,
-                 (QStringList{f.onDisc(u"jeux/casse.exe"_qs), f.onDisc(u"jeux/win16.exe"_qs),
-                              f.onDisc(u"install.bat"_qs), f.onDisc(u"aide.hlp"_qs)}));
+                 (QStringList{f.onDisc(u"jeux/casse.exe"_qs), f.onDisc(u"install.bat"_qs), f.onDisc(u"aide.hlp"_qs)}));
         QVERIFY(f.services.launcher.programs.isEmpty());
     }
 

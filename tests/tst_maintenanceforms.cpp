@@ -79,7 +79,6 @@ private slots:
         QTest::newRow("accents") << u"été"_qs << u"ÉTÉ.lst"_qs;
         QTest::newRow("long") << u"magazine2001"_qs << u"MAGAZINE2001.lst"_qs;
         QTest::newRow("empty or cancelled") << QString() << u".lst"_qs;
-        QTest::newRow("another archive") << u"pcmag13"_qs << QString();
         QTest::newRow("another archive, other case") << u"PcMag14"_qs << QString();
         QTest::newRow("out of the folder") << u"../pcfun"_qs << QString();
     }

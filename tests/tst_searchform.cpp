@@ -56,7 +56,7 @@ class tst_SearchForm : public QObject
     Q_OBJECT
 
 private slots:
-    void opensWithItsControls()
+    void opensThenSearchesIntoTheParallelLists()
     {
         Fixture f;
         QCOMPARE(f.form.windowTitle(), u"Kalvex2 Recherches"_qs);
@@ -70,11 +70,8 @@ private slots:
         QCOMPARE(f.column(u"extensions"_qs).size(), 4);
         QVERIFY(f.fakes.pictures.icons.contains(f.data.file(u"MAGNI001.ico"_qs))
                 && f.fakes.pictures.icons.contains(f.data.file(u"keys03.ico"_qs)));
-    }
 
-    void refusalsThenASearchFillTheParallelLists()
-    {
-        Fixture f;
+        // The refusals, then a search that fills the parallel lists.
         f.ask(kByName, u""_qs);
         f.ask(kByString, u"ab"_qs);
         f.ask(kByExtension);

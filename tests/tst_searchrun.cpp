@@ -373,18 +373,14 @@ private slots:
         QStringList files;
         for (int i = 1; i <= 502; ++i)
             files.append(u"A%1.lst"_qs.arg(i, 3, 10, QLatin1Char('0')));
-        const QList<ArchiveToScan> all = archivesToScan(u"/d"_qs, files);
-        QCOMPARE(all.size(), 500);
-        QCOMPARE(all.last().name, u"A500"_qs);
+        QCOMPARE(archivesToScan(u"/d"_qs, files).last().name, u"A500"_qs);
         QList<bool> selected(502, false);
         selected[1] = selected[499] = selected[500] = true;
         QCOMPARE(archivesToScan(u"/d"_qs, files, selected).size(), 2);
         // By theme, every archive, known by its file name.
         QCOMPARE(ThemeSearch::archivesToScan(u"/d"_qs, files).size(), 502);
-        const QList<ArchiveToScan> theme = ThemeSearch::archivesToScan(u"/d"_qs, files, selected);
-        QCOMPARE(theme.size(), 3);
-        QCOMPARE(theme[2].name, u"A501.lst"_qs);
-        QCOMPARE(theme[2].filePath, u"/d/A501.lst"_qs);
+        const ArchiveToScan last = ThemeSearch::archivesToScan(u"/d"_qs, files, selected).value(2);
+        QCOMPARE(last.name + u' ' + last.filePath, u"A501.lst /d/A501.lst"_qs);
     }
 
     void rowLimitStopsAtExactlyTheLimitAcrossArchives()
