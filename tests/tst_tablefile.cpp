@@ -46,7 +46,6 @@ private slots:
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QStringList>("items");
-        QTest::newRow("one a line") << QByteArray("jeux\r\nmusique\r\n") << QStringList{u"jeux"_qs, u"musique"_qs};
         QTest::newRow("comma splits") << QByteArray("TXT         &4C:\\PROG, V2\\EDIT\r\n")
                                       << QStringList{u"TXT         &4C:\\PROG"_qs, u"V2\\EDIT"_qs};
         QTest::newRow("leading blanks only") << QByteArray("   a  ,  b \r\n") << QStringList{u"a  "_qs, u"b "_qs};

@@ -22,18 +22,3 @@ QStringList SearchWindowData::column(const QWidget *form, const QString &view)
         rows.append(model->index(i, 0).data().toString());
     return rows;
 }
-
-void SearchWindowData::selectArchives(const QWidget *form, const QStringList &names)
-{
-    auto *archives = TestSupport::child<QListWidget>(form, u"archives"_qs);
-    for (int i = 0; i < archives->count(); ++i)
-        archives->item(i)->setSelected(names.contains(archives->item(i)->text()));
-}
-
-void SearchWindowData::press(const QWidget *form, const QString &view, int row, Qt::MouseButton button)
-{
-    auto *list = TestSupport::child<QListView>(form, view);
-    const QModelIndex index = list->model()->index(row, 0);
-    QTRY_VERIFY(list->visualRect(index).isValid()); // rows are laid out in batches
-    QTest::mouseClick(list->viewport(), button, {}, list->visualRect(index).center());
-}

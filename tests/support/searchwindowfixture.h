@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
 
 // A search window over a data directory of its own and the fakes, with a disc in drive d:.
 struct SearchWindowData
@@ -21,12 +22,8 @@ struct SearchWindowData
     };
     SearchWindowData(const QList<Archive> &archives, const QStringList &extensions, const QStringList &themes);
 
-    // The rows of the result list `view`, as shown.
+    // The rows of the list `view`, as shown.
     static QStringList column(const QWidget *form, const QString &view);
-    // Selects, in the current folder, exactly the archives `names`.
-    static void selectArchives(const QWidget *form, const QStringList &names);
-    // A press of `button` on row `row` of the result list `view`.
-    static void press(const QWidget *form, const QString &view, int row, Qt::MouseButton button);
 
     QTemporaryDir dir;
     QTemporaryDir disc;
@@ -52,8 +49,21 @@ struct SearchWindowFixture : SearchWindowData
     }
     template<typename T> T *child(const QString &name) { return TestSupport::child<T>(&form, name); }
     QStringList column(const QString &view) const { return SearchWindowData::column(&form, view); }
-    void selectArchives(const QStringList &names) { SearchWindowData::selectArchives(&form, names); }
-    void press(const QString &view, int row, Qt::MouseButton button) { SearchWindowData::press(&form, view, row, button); }
+    // Selects, in the current folder, exactly the archives `names`.
+    void selectArchives(const QStringList &names)
+    {
+        auto *archives = child<QListWidget>(u"archives"_qs);
+        for (int i = 0; i < archives->count(); ++i)
+            archives->item(i)->setSelected(names.contains(archives->item(i)->text()));
+    }
+    // A press of `button` on row `row` of the result list `view`.
+    void press(const QString &view, int row, Qt::MouseButton button)
+    {
+        auto *list = child<QListView>(view);
+        const QModelIndex index = list->model()->index(row, 0);
+        QTRY_VERIFY(list->visualRect(index).isValid()); // rows are laid out in batches
+        QTest::mouseClick(list->viewport(), button, {}, list->visualRect(index).center());
+    }
 
     Form form{data, {fakes.launcher, fakes.drives, fakes.dialogs, fakes.folderPicker, fakes.pictures, fakes.media},
               fakes.printer, fakes.clock};
