@@ -300,9 +300,8 @@ private slots:
         QFETCH(bool, accepted);
         Fixture f;
         const QDir base(f.dir.path());
-        QVERIFY(base.mkpath(u"tree/SUB"_qs) && base.mkpath(u"images"_qs));
-        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "a"));
-        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/SUB/B.TXT"_qs), "b"));
+        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "a") && base.mkpath(u"images"_qs)
+                && TestSupport::writeFile(base.filePath(u"tree/SUB/B.TXT"_qs), "b"));
         const QString cd = base.filePath(u"images/pcfun75.iso"_qs), floppy = base.filePath(u"images/pcmag13.img"_qs);
         QVERIFY(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-o"_qs, cd, base.filePath(u"tree"_qs)}));
         QVERIFY(TestSupport::run(u"mkfs.fat"_qs, {u"-C"_qs, floppy, u"1440"_qs}));

@@ -4,8 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -40,30 +38,6 @@ private slots:
         missing.startUp();
         QVERIFY(!QDir(dir.filePath(u"gone"_qs)).exists());
         QVERIFY(missing.archiveFolders().isEmpty());
-    }
-
-    void readOnlyDataDirectoryStartsWithWhatItHas()
-    {
-        // A read-only file system even for root: an ISO 9660 image mounted through FUSE.
-        QString why;
-        if (!TestSupport::fuseUsable(&why))
-            QSKIP(qPrintable(u"cannot mount a read-only image: "_qs + why));
-        QTemporaryDir dir;
-        const QString tree = dir.filePath(u"tree"_qs);
-        QVERIFY(QDir().mkpath(tree + u"/Divers"_qs));
-        QVERIFY(writeFile(tree + u"/Divers/PCMAG13.lst"_qs, "\"d:\\A\"\r\n"));
-        const QString image = dir.filePath(u"data.iso"_qs);
-        QCOMPARE(QProcess::execute(u"genisoimage"_qs, {u"-quiet"_qs, u"-R"_qs, u"-J"_qs, u"-o"_qs, image, tree}), 0);
-        const QString mountPoint = dir.filePath(u"mnt"_qs);
-        QVERIFY(QDir().mkpath(mountPoint));
-        QCOMPARE(QProcess::execute(u"fuseiso"_qs, {image, mountPoint}), 0);
-        const auto unmount = qScopeGuard([&] {
-            QDir::setCurrent(dir.path()); // a busy mount point cannot be unmounted
-            TestSupport::unmountFuse(mountPoint);
-        });
-        const DataDirectory data(mountPoint);
-        data.startUp();
-        QCOMPARE(data.archiveFolders(), QStringList{u"Divers"_qs});
     }
 
     // Nothing there yet: the name as given; an exact match wins; two inexact candidates give no

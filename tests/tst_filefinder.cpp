@@ -4,18 +4,12 @@
 #include "fakedrives.h"
 #include "filefinder.h"
 #include "gate.h"
-#include "linuxdirectorylister.h"
 #include "testsupport.h"
 #include "walkthread.h"
 
-#include <QDir>
-#include <QFile>
 #include <QScopeGuard>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-
-#include <sys/stat.h>
 
 namespace {
 
@@ -32,9 +26,9 @@ QList<QByteArray> results(const FileFinder &finder)
 // A whole walk of drive d: (a CD-ROM at `mountPoint`), as the creation window asks for it.
 struct Walk
 {
-    explicit Walk(const QString &mountPoint = u"/cd"_qs, DirectoryLister *real = nullptr)
+    explicit Walk(const QString &mountPoint = u"/cd"_qs)
         : drives({{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, mountPoint}})
-        , finder(drives, real ? *real : lister)
+        , finder(drives, lister)
     {
         finder.setChemin(u"d:"_qs);
         finder.setCriteres(u"*.*"_qs);
@@ -259,29 +253,6 @@ private slots:
             again.open();
         } // destroying a running walk cancels it and waits for it
         QVERIFY(!w.finder.State());
-    }
-
-    void aRealTreeWithALinkLoopAndALockedDirectory()
-    {
-        QTemporaryDir dir;
-        const QDir root(dir.path());
-        QVERIFY(root.mkpath(u"JEUX/SUB"_qs) && root.mkpath(u"Locked/inner"_qs));
-        QVERIFY(TestSupport::writeFile(root.filePath(u"JEUX/CASSE.EXE"_qs), "x"));
-        QVERIFY(TestSupport::writeFile(root.filePath(u"été 2001.txt"_qs), "x"));
-        QVERIFY(QFile::link(dir.path(), root.filePath(u"JEUX/SUB/loop"_qs)));
-        const QByteArray locked = QFile::encodeName(root.filePath(u"Locked"_qs));
-        QVERIFY(::chmod(locked.constData(), 0) == 0);
-        const auto unlock = qScopeGuard([&] { ::chmod(locked.constData(), 0755); });
-        LinuxDirectoryLister lister;
-        Walk w(dir.path(), &lister);
-        QList<QByteArray> expected = {"d:\\JEUX", "d:\\Locked", "d:\\\xE9t\xE9 2001.txt", "d:\\JEUX\\.", "d:\\JEUX\\..",
-                                      "d:\\JEUX\\CASSE.EXE", "d:\\JEUX\\SUB", "d:\\JEUX\\SUB\\.", "d:\\JEUX\\SUB\\..",
-                                      "d:\\JEUX\\SUB\\loop"};
-        if (::geteuid() == 0) // root reads what is locked
-            expected += {"d:\\Locked\\.", "d:\\Locked\\..", "d:\\Locked\\inner", "d:\\Locked\\inner\\.",
-                         "d:\\Locked\\inner\\.."};
-        QCOMPARE(w.run(), expected);
-        QVERIFY(!w.finder.failed());
     }
 
     void aMediumGoneMidWalkFailsAndStopsThere()

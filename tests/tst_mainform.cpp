@@ -127,7 +127,6 @@ private slots:
     {
         Started started(false);
         QTemporaryDir disc;
-        QDir(disc.path()).mkpath(u"img"_qs);
         TestSupport::writeFile(disc.filePath(u"img/zebre.gif"_qs), "GIF89a");
         started.fakes.drives.list = {{u"d:"_qs, DriveType::CdRom, disc.path()}};
         ArchiveFile::write(started.data.folderPath(u"Divers"_qs), u"PCFUN75"_qs, {"d:\\IMG\\ZEBRE.GIF"});

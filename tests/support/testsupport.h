@@ -19,7 +19,7 @@ class QMenuBar;
 namespace TestSupport {
 
 QByteArray readFile(const QString &path);
-bool writeFile(const QString &path, const QByteArray &bytes);
+bool writeFile(const QString &path, const QByteArray &bytes); // makes the directories on the way
 
 // Copies the program's staged pictures and pages into `directory` (a test's data directory).
 void copyProgramFiles(const QString &directory);
