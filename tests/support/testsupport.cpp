@@ -1,8 +1,6 @@
 #include "testsupport.h"
 
 #include <QDir>
-#include <QMenu>
-#include <QMenuBar>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -129,21 +127,6 @@ bool run(const QString &program, const QStringList &arguments, QString *output)
     if (output)
         *output = QString::fromLocal8Bit(process.readAll());
     return ok;
-}
-
-QAction *menuAction(const QMenuBar *bar, const QString &caption)
-{
-    for (QAction *action : bar->actions()) {
-        if (action->text() == caption)
-            return action;
-        if (action->menu()) {
-            for (QAction *item : action->menu()->actions()) {
-                if (item->text() == caption)
-                    return item;
-            }
-        }
-    }
-    return nullptr;
 }
 
 } // namespace TestSupport
