@@ -57,8 +57,8 @@ struct Fixture
     QStringList items(const QString &list)
     {
         QStringList out;
-        for (int i = 0; i < child<QListWidget>(&window(), list)->count(); ++i)
-            out.append(child<QListWidget>(&window(), list)->item(i)->text());
+        for (const QListWidgetItem *item : child<QListWidget>(&window(), list)->findItems(u"*"_qs, Qt::MatchWildcard))
+            out.append(item->text());
         return out;
     }
     void chooseFolder(const QString &name)
@@ -120,7 +120,6 @@ private slots:
                 QVERIFY2(!QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name).isEmpty(),
                          qPrintable(control->objectName()));
         }
-        QCOMPARE(QDir::currentPath(), QDir(f.dir.path()).canonicalPath());
 
         // Without a CD-ROM drive the hint has no letter and the chooser is on the data's drive.
         Fixture g;
@@ -171,33 +170,44 @@ private slots:
     }
 
     // The archive is written while the walk runs; a folder or a name chosen meanwhile still
-    // decides where it goes.
-    void theArchiveGoesWhereTheFolderAndNameSayWhenTheWalkEnds()
+    // decides where it goes. Reopening the window puts its folder list back on the first folder:
+    // a scan left running would then write where the user never chose, so closing stops it.
+    void theFolderAndNameDecideAtTheWalksEndClosingStopsIt()
     {
-        const QString folder = u"Photos"_qs;
         Fixture f;
         f.fakes.directoryLister.set("/cd/", {{"A", true}, {"B", true}, {"C.TXT"}});
         f.fakes.directoryLister.set("/cd/A/", {{"X.TXT"}});
         f.fakes.directoryLister.set("/cd/B/", {{"Y.TXT"}});
-        Gate gate; // the walk waits inside A until the folder and the name have changed
+        Gate changed, closed; // each walk waits inside A: until the choices change, until the window closes
+        Gate *gate = &changed;
         f.fakes.directoryLister.onList = [&](const QByteArray &path) {
             if (path == "/cd/A/")
-                gate.pass();
+                gate->pass();
         };
         QAbstractItemModelTester tester(child<QListView>(&f.window(), u"found"_qs)->model());
         QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
         f.press(u"FIRST"_qs, &finished);
-        QVERIFY(gate.waitForArrivals(1));
+        QVERIFY(changed.waitForArrivals(1));
         QTRY_COMPARE(f.text(u"counter"_qs), u"3 fichiers trouvés"_qs);
         QTRY_COMPARE(f.foundRows(), 3);
-        f.chooseFolder(folder);
+        f.chooseFolder(u"Photos"_qs);
         child<QLineEdit>(&f.window(), u"name"_qs)->setText(u"LATER"_qs);
-        gate.open();
+        changed.open();
         QVERIFY(finished.wait(10000));
+        QCOMPARE(TestSupport::readFile(f.archive(u"Photos"_qs, u"LATER.lst"_qs)).count('\n'), 9);
 
-        QCOMPARE(TestSupport::readFile(f.archive(folder, u"LATER.lst"_qs)).count('\n'), 9);
+        gate = &closed;
+        f.press(u"FERME"_qs, &finished);
+        QVERIFY(closed.waitForArrivals(1));
+        f.window().close();
+        f.window().show();
+        closed.open();
+        QVERIFY(finished.wait(5000));
         for (const QString &name : f.data.archiveFolders())
-            QCOMPARE(f.filesIn(name), name == folder ? QStringList{u"LATER.lst"_qs} : QStringList());
+            QCOMPARE(f.filesIn(name), name == u"Photos" ? QStringList{u"LATER.lst"_qs} : QStringList());
+        QVERIFY(!f.noticeShown());
+        f.press(u"FERME"_qs); // the next scan runs whole, into the folder now chosen
+        QCOMPARE(TestSupport::readFile(f.archive(f.data.archiveFolders().first(), u"FERME.lst"_qs)).count('\n'), 9);
     }
 
     void aMediumGoneOrEmptyWritesNothing_data()
@@ -227,32 +237,6 @@ private slots:
         QVERIFY(!f.noticeShown());
         QCOMPARE(f.fakes.dialogs.beeps, 0);
         QVERIFY(f.fakes.dialogs.messages().isEmpty());
-    }
-
-    // Reopening the window puts its folder list back on the first folder: a scan left running
-    // would then write where the user never chose. Closing the window stops the scan instead.
-    void closingTheWindowDuringTheScanStopsIt()
-    {
-        Fixture f;
-        Gate gate;
-        f.fakes.directoryLister.onList = [&](const QByteArray &path) {
-            if (path == "/cd/SUB/")
-                gate.pass();
-        };
-        f.chooseFolder(u"Photos"_qs);
-        QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
-        f.press(u"FERME"_qs, &finished);
-        QVERIFY(gate.waitForArrivals(1));
-        f.window().close();
-        f.window().show();
-        gate.open();
-        QVERIFY(finished.wait(5000));
-        for (const QString &name : f.data.archiveFolders())
-            QVERIFY2(f.filesIn(name).isEmpty(), qPrintable(name));
-        QVERIFY(!f.noticeShown());
-
-        f.press(u"FERME"_qs); // the next scan runs whole, into the folder now chosen
-        QCOMPARE(TestSupport::readFile(f.archive(f.data.archiveFolders().first(), u"FERME.lst"_qs)), kWholeCd);
     }
 
     void theCreateButtonMountsTheDiscItScans_data()
