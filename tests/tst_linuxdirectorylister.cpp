@@ -37,18 +37,12 @@ bool makeDeepChain(const QString &root, const QByteArray &name, int depth)
 {
     int fd = ::open(QFile::encodeName(root).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     for (int level = 0; level <= depth; ++level) {
-        if (fd < 0)
-            return false;
-        const int file = ::openat(fd, "f.txt", O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-        bool made = file >= 0 && ::mkdirat(fd, "z", 0755) == 0;
-        if (file >= 0)
-            ::close(file);
-        int next = -1;
-        if (made && level < depth) {
-            made = ::mkdirat(fd, name.constData(), 0755) == 0;
-            next = made ? ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
-        }
-        ::close(fd);
+        const int file = fd < 0 ? -1 : ::openat(fd, "f.txt", O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+        const bool made = file >= 0 && ::close(file) == 0 && ::mkdirat(fd, "z", 0755) == 0
+                          && (level == depth || ::mkdirat(fd, name.constData(), 0755) == 0);
+        const int next = made && level < depth ? ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
+        if (fd >= 0)
+            ::close(fd);
         if (!made)
             return false;
         fd = next;
