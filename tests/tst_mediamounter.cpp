@@ -7,7 +7,6 @@
 #include "udisksmounter.h"
 
 #include <QDBusServiceWatcher>
-#include <QDir>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -103,7 +102,7 @@ private slots:
         QTest::addColumn<QStringList>("media");
         const QStringList disc{u"/dev/sr0"_qs}, none;
         const Interfaces plain = block("/dev/sr0", kDrivePath);
-        QTest::newRow("a disc in an optical drive") << plain << drive(false, true, true) << disc;
+        QTest::newRow("a disc in an optical drive") << plain << drive(false, false, true) << disc;
         QTest::newRow("a stick's partition") << plain << drive(true, false, false) << disc;
         QTest::newRow("a card in a reader") << plain << drive(false, true, false) << disc;
         QTest::newRow("a fixed disk") << plain << drive(false, false, false) << none;

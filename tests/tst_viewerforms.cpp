@@ -79,34 +79,6 @@ class TestViewerForms : public QObject
     Q_OBJECT
 
 private slots:
-    // Each window's title and captions (name=text, the title first); the slider drives the delay.
-    void controls_data()
-    {
-        QTest::addColumn<int>("window"); // 0 pictures, 1 icons, 2 texts
-        QTest::addColumn<QStringList>("texts");
-        QTest::newRow("pictures") << 0 << QStringList{u"=Visualisation des images:BMP,GIF,JPG,ICO,WMF,DIB,CUR ou EMF "_qs,
-                                                      u"sliderCaption=Temps de défilement : 1 à 10 secondes "_qs, u"delay=2"_qs};
-        QTest::newRow("icons") << 1 << QStringList{u"=Visualisation des Icônes "_qs, u"sliderCaption=Temps de défilement : 1 à 20 secondes "_qs};
-        QTest::newRow("texts") << 2 << QStringList{u"=Kalvex2: Fichiers DIZ ou  TXT"_qs};
-    }
-    void controls()
-    {
-        QFETCH(int, window);
-        QFETCH(QStringList, texts);
-        Fixture f;
-        std::unique_ptr<ViewerForm> form(window == 1 ? static_cast<ViewerForm *>(new IconGalleryForm(f.found, f.services()))
-                                         : window == 0 ? static_cast<ViewerForm *>(new ImageViewerForm(f.found, f.services(), f.fakes.printer))
-                                                       : new TextViewerForm(f.found, f.services(), f.fakes.printer));
-        form->show();
-        QCOMPARE(u'=' + form->windowTitle(), texts.takeFirst());
-        for (const QString &expected : std::as_const(texts))
-            QCOMPARE(expected.section(u'=', 0, 0) + u'=' + text(*form, qPrintable(expected.section(u'=', 0, 0))), expected);
-        child<QSlider>(form.get(), u"delaySlider"_qs)->setValue(7);
-        QCOMPARE(text(*form, "delay"), u"7"_qs);
-        if (window != 1)
-            QVERIFY(!child<QAbstractButton>(form.get(), u"print"_qs)->icon().isNull());
-    }
-
     // The show draws each picture as fitted (a WMF too) and starts at 2 seconds whatever the
     // slider said; a file that does not load, or is gone, leaves the previous picture. Closing the
     // window hides it and runs the show out without waits. Then the copy of the file last shown, and
@@ -123,7 +95,10 @@ private slots:
         window.show();
         window.frame()->setFixedSize(400, 300);
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        child<QSlider>(&window, u"delaySlider"_qs)->setValue(9);
+        QCOMPARE(window.windowTitle() + text(window, "sliderCaption") + text(window, "delay"),
+                 u"Visualisation des images:BMP,GIF,JPG,ICO,WMF,DIB,CUR ou EMF Temps de défilement : 1 à 10 secondes 2"_qs);
+        child<QSlider>(&window, u"delaySlider"_qs)->setValue(9); // the slider drives the delay
+        QVERIFY(text(window, "delay") == u"9"_qs && !child<QAbstractButton>(&window, u"print"_qs)->icon().isNull());
         QStringList seen;
         f.onWait = [&] {
             const QImage canvas = window.frame()->canvas();
@@ -167,6 +142,7 @@ private slots:
         f.add(u"CASSE.ICO"_qs, "not an icon");
         f.add(u"ABSENT.ICO"_qs, {});
         IconGalleryForm window(f.found, f.services());
+        QCOMPARE(window.windowTitle() + text(window, "sliderCaption"), u"Visualisation des Icônes Temps de défilement : 1 à 20 secondes "_qs);
         window.show();
         child<QAbstractButton>(&window, u"start"_qs)->click();
         for (int n : {1, 2, 3, 4, 70})
@@ -198,6 +174,7 @@ private slots:
         window.resize(1100, 500);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(window.windowTitle(), u"Kalvex2: Fichiers DIZ ou  TXT"_qs);
         QStringList seen;
         f.onWait = [&] {
             const QString shown = text(window, "currentFile") + u'=' + window.textBox()->toPlainText();
