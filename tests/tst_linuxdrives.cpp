@@ -206,7 +206,8 @@ private slots:
         QCOMPARE(driveDescription(drive), description);
     }
 
-    void driveHoldingPicksTheDeepestMountPoint()
+    // A path belongs to the deepest mount point holding it; a drive is named by its letter.
+    void drivesByPathAndByName()
     {
         const QList<Drive> drives = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
                                      {u"d:"_qs, DriveType::CdRom, QString()},
@@ -218,6 +219,13 @@ private slots:
         QCOMPARE(driveHolding(drives, u"/media/usb2"_qs), 0);
         QCOMPARE(driveHolding(drives, u"/mnt/disk/kalvex2"_qs), 3);
         QCOMPARE(driveHolding({}, u"/home"_qs), -1);
+        QVERIFY(driveNameOf(u"D:\\"_qs) == u"d:"_qs && driveNameOf(u"d"_qs) == u"d:"_qs);
+        QVERIFY(driveNameOf(u""_qs).isEmpty() && driveNameOf(u"\\x"_qs).isEmpty());
+
+        // The machine's own drives: c: is always there and holds "/".
+        LinuxDrives machine;
+        QCOMPARE(machine.find(u"C:\\"_qs).value_or(Drive()).mountPoint, u"/"_qs);
+        QVERIFY(!machine.find(u"?"_qs).has_value());
     }
 
     // A real mount after the drives were first read: the mount table wakes the watcher, and the
@@ -248,17 +256,6 @@ private slots:
         QCOMPARE(imageDrive.label, u"PCFUN75"_qs);
         QVERIFY(unmounted && changed.wait(5000));
         QVERIFY(drives.drives().value(driveHolding(drives.drives(), mountPoint)).mountPoint != mountPoint);
-    }
-
-    void driveNamesAndLookUp()
-    {
-        QVERIFY(driveNameOf(u"D:\\"_qs) == u"d:"_qs && driveNameOf(u"d"_qs) == u"d:"_qs);
-        QVERIFY(driveNameOf(u""_qs).isEmpty() && driveNameOf(u"\\x"_qs).isEmpty());
-
-        // The machine's own drives: c: is always there and holds "/".
-        LinuxDrives drives;
-        QCOMPARE(drives.find(u"C:\\"_qs).value_or(Drive()).mountPoint, u"/"_qs);
-        QVERIFY(!drives.find(u"?"_qs).has_value());
     }
 };
 

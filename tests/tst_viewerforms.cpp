@@ -22,9 +22,8 @@ using TestSupport::child;
 namespace {
 
 // Found rows stored as on a disc in D:, found in a real directory here (none: the medium is gone).
-class FakeFoundFiles final : public FoundFiles
+struct FakeFoundFiles final : FoundFiles
 {
-public:
     int count() const override { return int(rows.size()); }
     QString name(int row) const override { return at(row).first; }
     QString storedPath(int row) const override { return u"D:\\IMAGES\\"_qs + at(row).first; }
@@ -32,8 +31,6 @@ public:
 
     QList<std::pair<QString, QString>> rows; // name, local path
     mutable bool readPastTheEnd = false;
-
-private:
     std::pair<QString, QString> at(int row) const
     {
         readPastTheEnd |= row < 0 || row >= rows.size();

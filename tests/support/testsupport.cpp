@@ -93,10 +93,6 @@ bool haveProgram(const QString &name)
 
 bool fuseUsable(QString *why)
 {
-    if (!QFile::exists(QStringLiteral("/dev/fuse"))) {
-        *why = QStringLiteral("/dev/fuse is missing");
-        return false;
-    }
     QFile fuse(QStringLiteral("/dev/fuse"));
     if (!fuse.open(QIODevice::ReadWrite)) {
         *why = QStringLiteral("/dev/fuse cannot be opened: ") + fuse.errorString();
