@@ -7,7 +7,7 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
-#include <QProcess>
+#include <QDir>
 #include <QRandomGenerator>
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -60,7 +60,7 @@ class TestPictureLoader : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_dir.isValid() && QDir::setCurrent(m_dir.path())); // ImageMagick's files are named from there
         KALVEX_REQUIRE_PROGRAM(u"convert"_qs);
     }
 
@@ -80,12 +80,9 @@ private slots:
         QFETCH(int, tolerance);
         const QImage pattern = bands(48, 32, {Qt::black, Qt::white, Qt::red, Qt::green, Qt::blue, Qt::yellow, Qt::cyan, Qt::magenta});
         QVERIFY(pattern.save(path(u"first.png"_qs)) && bands(48, 32, {Qt::blue}).save(path(u"second.png"_qs)));
-        QStringList arguments = options.split(u' ');
-        arguments.last() += path(u"NONAME"_qs);
-        QProcess convert;
-        convert.setWorkingDirectory(m_dir.path());
-        convert.start(u"convert"_qs, QStringList{u"first.png"_qs} + arguments);
-        QVERIFY(convert.waitForFinished(60000) && convert.exitCode() == 0);
+        QStringList arguments = (u"first.png "_qs + options).split(u' ');
+        arguments.last() += u"NONAME"_qs;
+        QVERIFY(TestSupport::run(u"convert"_qs, arguments));
         m_samples.append(TestSupport::readFile(path(u"NONAME"_qs)));
         const QImage image = QtPictureLoader().loadPicture(path(u"NONAME"_qs));
         QVERIFY2(maxDifference(image, pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, pattern))));
