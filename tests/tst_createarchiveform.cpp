@@ -152,9 +152,7 @@ private slots:
         QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"PCFUN75X.lst"_qs)), kWholeCd);
         QCOMPARE(f.text(u"counter"_qs), u"5 fichiers trouvés"_qs);
         QCOMPARE(f.items(u"archives"_qs), QStringList{u"PCFUN75X.lst"_qs});
-        QVERIFY(f.noticeShown());
-        QCOMPARE(f.fakes.dialogs.beeps, 3);
-        QCOMPARE(QApplication::overrideCursor(), nullptr);
+        QVERIFY(f.noticeShown() && f.fakes.dialogs.beeps == 3 && !QApplication::overrideCursor());
         QTest::mouseClick(child<QToolButton>(&f.window(), u"print"_qs), Qt::LeftButton);
         QCOMPARE(f.fakes.printer.printedLines().mid(0, 3), (QStringList{u"03-21-2001"_qs, QString(), u"e:\\A.TXT"_qs}));
         QCOMPARE(f.fakes.printer.printedLines().size(), 7);
@@ -163,8 +161,7 @@ private slots:
 
         f.press(u"../../ab"_qs);
         QCOMPARE(f.fakes.dialogs.messages(), QStringList{u"Vous devez indiquer un nom de fichier (PCFun75,PCMag13...)"_qs});
-        QVERIFY(!f.window().isScanning());
-        QCOMPARE(f.foundRows(), 0);
+        QVERIFY(!f.window().isScanning() && f.foundRows() == 0);
         QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"PCFUN75X.lst"_qs});
     }
 
@@ -233,9 +230,7 @@ private slots:
         QCOMPARE(TestSupport::readFile(f.archive(u"Divers"_qs, u"DISQUE.lst"_qs)), old);
         QCOMPARE(f.filesIn(u"Divers"_qs), QStringList{u"DISQUE.lst"_qs}); // no temporary file left
         QCOMPARE(f.text(u"counter"_qs), counter);
-        QVERIFY(!f.noticeShown());
-        QCOMPARE(f.fakes.dialogs.beeps, 0);
-        QVERIFY(f.fakes.dialogs.messages().isEmpty());
+        QVERIFY(!f.noticeShown() && f.fakes.dialogs.beeps == 0 && f.fakes.dialogs.messages().isEmpty());
     }
 
     // Only what the drive holds is mounted: a stick listed alone leaves the drive empty and
@@ -278,8 +273,8 @@ private slots:
                 && TestSupport::writeFile(base.filePath(u"tree/SUB/B.TXT"_qs), "b"));
         const QString cd = base.filePath(u"images/pcfun75.iso"_qs), floppy = base.filePath(u"images/pcmag13.img"_qs);
         QVERIFY(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-o"_qs, cd, base.filePath(u"tree"_qs)}));
-        QVERIFY(TestSupport::run(u"mkfs.fat"_qs, {u"-C"_qs, floppy, u"1440"_qs}));
-        QVERIFY(TestSupport::run(u"mcopy"_qs, {u"-i"_qs, floppy, base.filePath(u"tree/A.TXT"_qs), u"::"_qs}));
+        QVERIFY(TestSupport::run(u"mkfs.fat"_qs, {u"-C"_qs, floppy, u"1440"_qs})
+                && TestSupport::run(u"mcopy"_qs, {u"-i"_qs, floppy, base.filePath(u"tree/A.TXT"_qs), u"::"_qs}));
 
         QSignalSpy finished(&f.window(), &CreateArchiveForm::scanFinished);
         f.press(u"image1"_qs, &finished, u"image"_qs); // no image chosen

@@ -125,9 +125,7 @@ private slots:
         QCOMPARE(w.run(), (QList<QByteArray>{"d:\\A.TXT", "d:\\.cache", "d:\\BAD", "d:\\SUB", "d:\\Z.TXT", "d:\\SUB\\.",
                                              "d:\\SUB\\..", "d:\\SUB\\B.TXT", "d:\\SUB\\DEEP", "d:\\SUB\\DEEP\\.",
                                              "d:\\SUB\\DEEP\\..", "d:\\SUB\\DEEP\\C.TXT"}));
-        QCOMPARE(w.finder.Chemin(), u"d:\\"_qs);
-        QCOMPARE(w.finder.NbFichiers(), u"12"_qs);
-        QVERIFY(!w.finder.failed());
+        QVERIFY(w.finder.Chemin() == u"d:\\"_qs && w.finder.NbFichiers() == u"12"_qs && !w.finder.failed());
         QCOMPARE(w.lister.listed, (QList<QByteArray>{"/cd/", "/cd/BAD/", "/cd/SUB/", "/cd/SUB/DEEP/"}));
 
         w.finder.setCriteres(u"*.TXT"_qs);
@@ -152,8 +150,7 @@ private slots:
         w.lister.set("/cd/", {});
         w.finder.setChemin(root);
         QCOMPARE(w.run(), QList<QByteArray>());
-        QCOMPARE(w.finder.Lire_Fichiers(1), QByteArray("-1"));
-        QVERIFY(!w.finder.State());
+        QVERIFY(w.finder.Lire_Fichiers(1) == "-1" && !w.finder.State());
     }
 
     // Paths are kept in blocks reused by the next walk, a path longer than a block included.
@@ -205,8 +202,7 @@ private slots:
                 QCOMPARE(w.finder.Lire_Fichiers(seen), "d:\\FILE" + QByteArray::number(seen - 1));
         }
         QVERIFY(finished.wait(5000));
-        QCOMPARE(w.finder.count(), 30000);
-        QVERIFY(!search.isRunning());
+        QVERIFY(w.finder.count() == 30000 && !search.isRunning());
 
         // The next walk, of a small medium: once start() returns, none of the last walk's
         // entries can be read as this one's, however late the worker wakes.
@@ -262,15 +258,12 @@ private slots:
         w.lister.set("/cd/C/", {{"Z"}});
         w.lister.outcomes.insert("/cd/B/", DirectoryLister::Result::Failed); // ENOTCONN, EIO, ENOENT
         QCOMPARE(w.run(), (QList<QByteArray>{"d:\\A", "d:\\B", "d:\\C", "d:\\A\\.", "d:\\A\\..", "d:\\A\\X"}));
-        QVERIFY(w.finder.failed());
-        QVERIFY(!w.lister.listed.contains("/cd/C/"));
-        QVERIFY(!w.finder.State());
+        QVERIFY(w.finder.failed() && !w.lister.listed.contains("/cd/C/") && !w.finder.State());
         QVERIFY(!w.lister.walking); // the medium is let go
 
         w.lister.outcomes.clear();
         w.run(); // a new walk forgets the last one's failure
-        QVERIFY(!w.finder.failed());
-        QVERIFY(w.lister.current.isEmpty());
+        QVERIFY(!w.finder.failed() && w.lister.current.isEmpty());
     }
 };
 

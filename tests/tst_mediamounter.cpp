@@ -178,8 +178,7 @@ private slots:
         const QString label = u"KX"_qs + QString::number(::getpid());
         const QString image = dir.filePath(u"disque.img"_qs);
         QVERIFY(TestSupport::writeFile(dir.filePath(u"content/LISEZMOI.TXT"_qs), "x"));
-        QVERIFY(QFile(image).open(QIODevice::WriteOnly) && QFile(image).resize(8 << 20));
-        QVERIFY(run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}));
+        QVERIFY(QFile(image).open(QIODevice::WriteOnly) && QFile(image).resize(8 << 20) && run(u"mkfs.ext4"_qs, {u"-q"_qs, u"-L"_qs, label, u"-d"_qs, dir.filePath(u"content"_qs), image}));
         QString said;
         if (!run(u"udisksctl"_qs, {u"loop-setup"_qs, u"--no-user-interaction"_qs, u"-f"_qs, image}, &said))
             QSKIP(qPrintable(u"no loop device: "_qs + said));

@@ -103,10 +103,7 @@ private slots:
         QFETCH(int, bits);
         QFETCH(bool, animated);
         const QImage picture = bits == 1 ? bands(32, 32, {Qt::black, Qt::white}) : bands(32, 32, {Qt::red, Qt::green, Qt::blue, Qt::yellow});
-        QImage mask(32, 32, QImage::Format_RGB32);
-        mask.fill(Qt::white);
-        for (int i = 0; i < 64; ++i)
-            mask.setPixelColor(i % 8, i / 8, Qt::black); // the top-left corner is transparent
+        const QImage mask = bands(32, 32, {Qt::black, Qt::white, Qt::white, Qt::white}); // the left quarter is transparent
         m_samples.append(animated ? animatedCursor({icon(picture, bits, mask, true), icon(bands(32, 32, {Qt::blue}), 24, {}, true)})
                                   : icon(picture, bits, mask));
         QVERIFY(!animated || PictureFormats::firstAniIcon(m_samples.last().left(40)).isEmpty());
