@@ -110,8 +110,7 @@ private slots:
         const QImage image = QtPictureLoader::readPicture(m_samples.last());
         QCOMPARE(image.size(), QSize(32, 32));
         QCOMPARE(qAlpha(image.pixel(3, 3)), 0);
-        QCOMPARE(image.pixel(20, 20), picture.pixel(20, 20));
-        QCOMPARE(image.pixel(31, 0), picture.pixel(31, 0));
+        QVERIFY(image.pixel(20, 20) == picture.pixel(20, 20) && image.pixel(31, 0) == picture.pixel(31, 0));
     }
 
     // The metafiles at their natural size, with their fills, and accented text drawn as such.
