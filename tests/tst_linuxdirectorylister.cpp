@@ -158,8 +158,7 @@ private slots:
         entries.add("stale", false);
         QCOMPARE(lister.enter("gone", entries), DirectoryLister::Result::Failed);
         QVERIFY(entries.isEmpty());
-        QCOMPARE(lister.enter("file", entries), DirectoryLister::Result::Failed);
-        QCOMPARE(lister.enter("link", entries), DirectoryLister::Result::Failed);
+        QVERIFY(lister.enter("file", entries) == DirectoryLister::Result::Failed && lister.enter("link", entries) == DirectoryLister::Result::Failed);
         QCOMPARE(lister.enter("other", entries), DirectoryLister::Result::Listed);
         lister.leave();
 

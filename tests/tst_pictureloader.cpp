@@ -131,8 +131,7 @@ private slots:
         m_samples.append(accented);
         const QImage image = QtPictureLoader::readPicture(accented);
         QCOMPARE(image.size(), QSize(240, 120));
-        QCOMPARE(image.pixelColor(60, 60), QColor(0, 0, 200)); // the fill
-        QCOMPARE(image.pixelColor(230, 110), QColor(Qt::white)); // the page
+        QVERIFY(image.pixelColor(60, 60) == QColor(0, 0, 200) && image.pixelColor(230, 110) == QColor(Qt::white)); // fill, page
         // The text right of the fill, a quarter down; its accents stand above the capitals.
         const QImage plain = QtPictureLoader::readPicture(make(u"EEE<&>"_qs));
         const QRect text(122, 30, 110, 30);
