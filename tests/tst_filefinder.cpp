@@ -4,18 +4,12 @@
 #include "fakedrives.h"
 #include "filefinder.h"
 #include "gate.h"
-#include "linuxdirectorylister.h"
 #include "testsupport.h"
 #include "walkthread.h"
 
-#include <QDir>
-#include <QFile>
 #include <QScopeGuard>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-
-#include <sys/stat.h>
 
 namespace {
 
@@ -32,9 +26,9 @@ QList<QByteArray> results(const FileFinder &finder)
 // A whole walk of drive d: (a CD-ROM at `mountPoint`), as the creation window asks for it.
 struct Walk
 {
-    explicit Walk(const QString &mountPoint = u"/cd"_qs, DirectoryLister *real = nullptr)
+    explicit Walk(const QString &mountPoint = u"/cd"_qs)
         : drives({{u"c:"_qs, DriveType::Fixed, u"/"_qs}, {u"d:"_qs, DriveType::CdRom, mountPoint}})
-        , finder(drives, real ? *real : lister)
+        , finder(drives, lister)
     {
         finder.setChemin(u"d:"_qs);
         finder.setCriteres(u"*.*"_qs);
@@ -80,7 +74,6 @@ private slots:
         QTest::newRow("blanks") << u"   "_qs << u"e:"_qs << u"   "_qs << QString();
         QTest::newRow("nine, even on c:") << u"ABCDEFGHI"_qs << u"c:"_qs << QString() << tooLong;
         QTest::newRow("empty, even on c:") << QString() << u"c:"_qs << QString() << noName;
-        QTest::newRow("../../AB") << u"../../ab"_qs << u"c:"_qs << u"../../AB"_qs << noName;
         QTest::newRow("/TMPX") << u"/TMPX"_qs << u"e:"_qs << u"/TMPX"_qs << noName;
         QTest::newRow("backslash") << u"A\\B"_qs << u"e:"_qs << u"A\\B"_qs << noName;
         QTest::newRow("..") << u".."_qs << u"e:"_qs << u".."_qs << noName;
@@ -132,9 +125,7 @@ private slots:
         QCOMPARE(w.run(), (QList<QByteArray>{"d:\\A.TXT", "d:\\.cache", "d:\\BAD", "d:\\SUB", "d:\\Z.TXT", "d:\\SUB\\.",
                                              "d:\\SUB\\..", "d:\\SUB\\B.TXT", "d:\\SUB\\DEEP", "d:\\SUB\\DEEP\\.",
                                              "d:\\SUB\\DEEP\\..", "d:\\SUB\\DEEP\\C.TXT"}));
-        QCOMPARE(w.finder.Chemin(), u"d:\\"_qs);
-        QCOMPARE(w.finder.NbFichiers(), u"12"_qs);
-        QVERIFY(!w.finder.failed());
+        QVERIFY(w.finder.Chemin() == u"d:\\"_qs && w.finder.NbFichiers() == u"12"_qs && !w.finder.failed());
         QCOMPARE(w.lister.listed, (QList<QByteArray>{"/cd/", "/cd/BAD/", "/cd/SUB/", "/cd/SUB/DEEP/"}));
 
         w.finder.setCriteres(u"*.TXT"_qs);
@@ -159,8 +150,7 @@ private slots:
         w.lister.set("/cd/", {});
         w.finder.setChemin(root);
         QCOMPARE(w.run(), QList<QByteArray>());
-        QCOMPARE(w.finder.Lire_Fichiers(1), QByteArray("-1"));
-        QVERIFY(!w.finder.State());
+        QVERIFY(w.finder.Lire_Fichiers(1) == "-1" && !w.finder.State());
     }
 
     // Paths are kept in blocks reused by the next walk, a path longer than a block included.
@@ -187,8 +177,7 @@ private slots:
         w.lister.set("/cd/", many + QList<Item>{{"SUB", true}});
         w.lister.set("/cd/SUB/", many);
         w.run();
-        QCOMPARE(w.finder.NbFichiers(), u"32767"_qs);
-        QVERIFY(!w.finder.State());
+        QVERIFY(w.finder.NbFichiers() == u"32767"_qs && !w.finder.State());
         // 32,767 = 20,001 root entries + "." and ".." + 12,764 files of SUB.
         QCOMPARE(w.finder.Lire_Fichiers(32767), QByteArray("d:\\SUB\\F12763"));
         QCOMPARE(w.finder.Lire_Fichiers(32768), QByteArray("-1"));
@@ -212,8 +201,7 @@ private slots:
                 QCOMPARE(w.finder.Lire_Fichiers(seen), "d:\\FILE" + QByteArray::number(seen - 1));
         }
         QVERIFY(finished.wait(5000));
-        QCOMPARE(w.finder.count(), 30000);
-        QVERIFY(!search.isRunning());
+        QVERIFY(w.finder.count() == 30000 && !search.isRunning());
 
         // The next walk, of a small medium: once start() returns, none of the last walk's
         // entries can be read as this one's, however late the worker wakes.
@@ -246,8 +234,7 @@ private slots:
         QVERIFY(gate.waitForArrivals(1));
         w.finder.Annuler();
         gate.open();
-        QVERIFY(finished.wait(5000));
-        QVERIFY(!w.finder.State());
+        QVERIFY(finished.wait(5000) && !w.finder.State());
         QCOMPARE(results(w.finder), (QList<QByteArray>{"d:\\A", "d:\\B"}));
 
         Gate again;
@@ -261,29 +248,6 @@ private slots:
         QVERIFY(!w.finder.State());
     }
 
-    void aRealTreeWithALinkLoopAndALockedDirectory()
-    {
-        QTemporaryDir dir;
-        const QDir root(dir.path());
-        QVERIFY(root.mkpath(u"JEUX/SUB"_qs) && root.mkpath(u"Locked/inner"_qs));
-        QVERIFY(TestSupport::writeFile(root.filePath(u"JEUX/CASSE.EXE"_qs), "x"));
-        QVERIFY(TestSupport::writeFile(root.filePath(u"été 2001.txt"_qs), "x"));
-        QVERIFY(QFile::link(dir.path(), root.filePath(u"JEUX/SUB/loop"_qs)));
-        const QByteArray locked = QFile::encodeName(root.filePath(u"Locked"_qs));
-        QVERIFY(::chmod(locked.constData(), 0) == 0);
-        const auto unlock = qScopeGuard([&] { ::chmod(locked.constData(), 0755); });
-        LinuxDirectoryLister lister;
-        Walk w(dir.path(), &lister);
-        QList<QByteArray> expected = {"d:\\JEUX", "d:\\Locked", "d:\\\xE9t\xE9 2001.txt", "d:\\JEUX\\.", "d:\\JEUX\\..",
-                                      "d:\\JEUX\\CASSE.EXE", "d:\\JEUX\\SUB", "d:\\JEUX\\SUB\\.", "d:\\JEUX\\SUB\\..",
-                                      "d:\\JEUX\\SUB\\loop"};
-        if (::geteuid() == 0) // root reads what is locked
-            expected += {"d:\\Locked\\.", "d:\\Locked\\..", "d:\\Locked\\inner", "d:\\Locked\\inner\\.",
-                         "d:\\Locked\\inner\\.."};
-        QCOMPARE(w.run(), expected);
-        QVERIFY(!w.finder.failed());
-    }
-
     void aMediumGoneMidWalkFailsAndStopsThere()
     {
         Walk w;
@@ -292,15 +256,12 @@ private slots:
         w.lister.set("/cd/C/", {{"Z"}});
         w.lister.outcomes.insert("/cd/B/", DirectoryLister::Result::Failed); // ENOTCONN, EIO, ENOENT
         QCOMPARE(w.run(), (QList<QByteArray>{"d:\\A", "d:\\B", "d:\\C", "d:\\A\\.", "d:\\A\\..", "d:\\A\\X"}));
-        QVERIFY(w.finder.failed());
-        QVERIFY(!w.lister.listed.contains("/cd/C/"));
-        QVERIFY(!w.finder.State());
+        QVERIFY(w.finder.failed() && !w.lister.listed.contains("/cd/C/") && !w.finder.State());
         QVERIFY(!w.lister.walking); // the medium is let go
 
         w.lister.outcomes.clear();
         w.run(); // a new walk forgets the last one's failure
-        QVERIFY(!w.finder.failed());
-        QVERIFY(w.lister.current.isEmpty());
+        QVERIFY(!w.finder.failed() && w.lister.current.isEmpty());
     }
 };
 

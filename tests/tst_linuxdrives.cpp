@@ -49,16 +49,12 @@ class tst_LinuxDrives : public QObject
 private slots:
     void parsesMountInfoWithEscapes()
     {
-        const QByteArray text =
+        const QList<MountEntry> mounts = parseMountInfo(
             "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-            "40 22 11:0 / /media/user/MON\\040CD rw,relatime shared:5 master:1 - iso9660 /dev/sr0 ro\n"
-            "garbage line\n\n";
-        const QList<MountEntry> mounts = parseMountInfo(text);
+            "40 22 11:0 / /media/user/MON\\040CD rw,relatime shared:5 master:1 - iso9660 /dev/sr0 ro\ngarbage line\n\n");
         QCOMPARE(mounts.size(), 2);
-        QCOMPARE(mounts[1].mountPoint, u"/media/user/MON CD"_qs);
-        QCOMPARE(mounts[1].fsType, u"iso9660"_qs);
-        QCOMPARE(mounts[1].source, u"/dev/sr0"_qs);
-        QCOMPARE(mounts[1].deviceNumber, u"11:0"_qs);
+        const MountEntry &cd = mounts[1];
+        QCOMPARE(QStringList({cd.mountPoint, cd.fsType, cd.source, cd.deviceNumber}).join(u'|'), u"/media/user/MON CD|iso9660|/dev/sr0|11:0"_qs);
     }
 
     // Which mounts are drives, and the letters a machine seen for the first time gives.
@@ -206,18 +202,25 @@ private slots:
         QCOMPARE(driveDescription(drive), description);
     }
 
-    void driveHoldingPicksTheDeepestMountPoint()
+    // A path belongs to the deepest mount point holding it; a drive is named by its letter.
+    void drivesByPathAndByName()
     {
         const QList<Drive> drives = {{u"c:"_qs, DriveType::Fixed, u"/"_qs},
                                      {u"d:"_qs, DriveType::CdRom, QString()},
                                      {u"e:"_qs, DriveType::Removable, u"/media/usb"_qs},
                                      {u"f:"_qs, DriveType::Fixed, u"/mnt/disk/"_qs}};
-        QCOMPARE(driveHolding(drives, u"/home/kalvex2"_qs), 0);
-        QCOMPARE(driveHolding(drives, u"/media/usb"_qs), 2);
-        QCOMPARE(driveHolding(drives, u"/media/usb/kalvex2"_qs), 2);
-        QCOMPARE(driveHolding(drives, u"/media/usb2"_qs), 0);
-        QCOMPARE(driveHolding(drives, u"/mnt/disk/kalvex2"_qs), 3);
+        QList<qsizetype> held;
+        for (const char *path : {"/home/kalvex2", "/media/usb", "/media/usb/kalvex2", "/media/usb2", "/mnt/disk/kalvex2"})
+            held.append(driveHolding(drives, QLatin1String(path)));
+        QCOMPARE(held, (QList<qsizetype>{0, 2, 2, 0, 3}));
         QCOMPARE(driveHolding({}, u"/home"_qs), -1);
+        QVERIFY(driveNameOf(u"D:\\"_qs) == u"d:"_qs && driveNameOf(u"d"_qs) == u"d:"_qs);
+        QVERIFY(driveNameOf(u""_qs).isEmpty() && driveNameOf(u"\\x"_qs).isEmpty());
+
+        // The machine's own drives: c: is always there and holds "/".
+        LinuxDrives machine;
+        QCOMPARE(machine.find(u"C:\\"_qs).value_or(Drive()).mountPoint, u"/"_qs);
+        QVERIFY(!machine.find(u"?"_qs).has_value());
     }
 
     // A real mount after the drives were first read: the mount table wakes the watcher, and the
@@ -229,49 +232,23 @@ private slots:
         if (!TestSupport::fuseUsable(&why))
             QSKIP(qPrintable(u"FUSE cannot be used here: "_qs + why));
         QTemporaryDir work;
-        const QDir base(work.path());
-        QVERIFY(base.mkdir(u"tree"_qs) && base.mkdir(u"mnt"_qs));
-        QVERIFY(TestSupport::writeFile(base.filePath(u"tree/A.TXT"_qs), "x"));
-        const QString image = base.filePath(u"stick.iso"_qs);
+        const QString image = work.filePath(u"stick.iso"_qs), mountPoint = work.filePath(u"mnt"_qs);
         QString output;
+        QVERIFY(QDir().mkpath(mountPoint) && TestSupport::writeFile(work.filePath(u"tree/A.TXT"_qs), "x"));
         QVERIFY2(TestSupport::run(u"genisoimage"_qs, {u"-quiet"_qs, u"-J"_qs, u"-V"_qs, u"PCFUN75"_qs, u"-o"_qs, image,
-                                                     base.filePath(u"tree"_qs)}, &output),
-                 qPrintable(output));
-
+                                                     work.filePath(u"tree"_qs)}, &output), qPrintable(output));
         LinuxDrives drives;
         drives.drives();
         QSignalSpy changed(&drives, &Drives::changed);
-        const QString mountPoint = base.filePath(u"mnt"_qs);
         QVERIFY2(TestSupport::run(u"fuseiso"_qs, {image, mountPoint}, &output), qPrintable(output));
         const bool seen = changed.wait(5000);
-        const QList<Drive> after = drives.drives();
+        const Drive imageDrive = drives.drives().value(driveHolding(drives.drives(), mountPoint));
         const bool unmounted = TestSupport::unmountFuse(mountPoint);
         QVERIFY2(seen, "the mount table did not wake the watcher");
-        const auto imageDrive = std::find_if(after.cbegin(), after.cend(),
-                                             [&](const Drive &drive) { return drive.mountPoint == mountPoint; });
-        QVERIFY2(imageDrive != after.cend(), "the mounted image is not a drive");
-        QCOMPARE(imageDrive->type, DriveType::CdRom);
-        QCOMPARE(imageDrive->medium, u"file:"_qs + QFileInfo(image).canonicalFilePath());
-        QCOMPARE(imageDrive->label, u"PCFUN75"_qs);
-        QVERIFY(unmounted);
-        QVERIFY(changed.wait(5000));
-        for (const Drive &drive : drives.drives())
-            QVERIFY(drive.mountPoint != mountPoint);
-    }
-
-    void driveNamesAndLookUp()
-    {
-        QCOMPARE(driveNameOf(u"D:\\"_qs), u"d:"_qs);
-        QCOMPARE(driveNameOf(u"d"_qs), u"d:"_qs);
-        QCOMPARE(driveNameOf(u""_qs), QString());
-        QCOMPARE(driveNameOf(u"\\x"_qs), QString());
-
-        // The machine's own drives: c: is always there and holds "/".
-        LinuxDrives drives;
-        const auto system = drives.find(u"C:\\"_qs);
-        QVERIFY(system.has_value());
-        QCOMPARE(system->mountPoint, u"/"_qs);
-        QVERIFY(!drives.find(u"?"_qs).has_value());
+        QVERIFY(imageDrive.mountPoint == mountPoint && imageDrive.type == DriveType::CdRom);
+        QCOMPARE(imageDrive.label + u' ' + imageDrive.medium, u"PCFUN75 file:"_qs + QFileInfo(image).canonicalFilePath());
+        QVERIFY(unmounted && changed.wait(5000));
+        QVERIFY(drives.drives().value(driveHolding(drives.drives(), mountPoint)).mountPoint != mountPoint);
     }
 };
 

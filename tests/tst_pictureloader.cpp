@@ -7,7 +7,7 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
-#include <QProcess>
+#include <QDir>
 #include <QRandomGenerator>
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -21,7 +21,7 @@ using namespace SamplePictures;
 
 namespace {
 
-enum class Hostile { LinkToZero, Fifo, IconOfHugePngs, JpegOfEmptyScans, WmfOfManyRecords, Padded, EmfShowingFile };
+enum class Hostile { Fifo, IconOfHugePngs, JpegOfEmptyScans, WmfOfManyRecords, Padded, EmfShowingFile };
 
 int maxDifference(const QImage &a, const QImage &b)
 {
@@ -60,7 +60,7 @@ class TestPictureLoader : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_dir.isValid() && QDir::setCurrent(m_dir.path())); // ImageMagick's files are named from there
         KALVEX_REQUIRE_PROGRAM(u"convert"_qs);
     }
 
@@ -80,12 +80,9 @@ private slots:
         QFETCH(int, tolerance);
         const QImage pattern = bands(48, 32, {Qt::black, Qt::white, Qt::red, Qt::green, Qt::blue, Qt::yellow, Qt::cyan, Qt::magenta});
         QVERIFY(pattern.save(path(u"first.png"_qs)) && bands(48, 32, {Qt::blue}).save(path(u"second.png"_qs)));
-        QStringList arguments = options.split(u' ');
-        arguments.last() += path(u"NONAME"_qs);
-        QProcess convert;
-        convert.setWorkingDirectory(m_dir.path());
-        convert.start(u"convert"_qs, QStringList{u"first.png"_qs} + arguments);
-        QVERIFY(convert.waitForFinished(60000) && convert.exitCode() == 0);
+        QStringList arguments = (u"first.png "_qs + options).split(u' ');
+        arguments.last() += u"NONAME"_qs;
+        QVERIFY(TestSupport::run(u"convert"_qs, arguments));
         m_samples.append(TestSupport::readFile(path(u"NONAME"_qs)));
         const QImage image = QtPictureLoader().loadPicture(path(u"NONAME"_qs));
         QVERIFY2(maxDifference(image, pattern) <= tolerance, qPrintable(QString::number(maxDifference(image, pattern))));
@@ -106,18 +103,14 @@ private slots:
         QFETCH(int, bits);
         QFETCH(bool, animated);
         const QImage picture = bits == 1 ? bands(32, 32, {Qt::black, Qt::white}) : bands(32, 32, {Qt::red, Qt::green, Qt::blue, Qt::yellow});
-        QImage mask(32, 32, QImage::Format_RGB32);
-        mask.fill(Qt::white);
-        for (int i = 0; i < 64; ++i)
-            mask.setPixelColor(i % 8, i / 8, Qt::black); // the top-left corner is transparent
+        const QImage mask = bands(32, 32, {Qt::black, Qt::white, Qt::white, Qt::white}); // the left quarter is transparent
         m_samples.append(animated ? animatedCursor({icon(picture, bits, mask, true), icon(bands(32, 32, {Qt::blue}), 24, {}, true)})
                                   : icon(picture, bits, mask));
         QVERIFY(!animated || PictureFormats::firstAniIcon(m_samples.last().left(40)).isEmpty());
         const QImage image = QtPictureLoader::readPicture(m_samples.last());
         QCOMPARE(image.size(), QSize(32, 32));
         QCOMPARE(qAlpha(image.pixel(3, 3)), 0);
-        QCOMPARE(image.pixel(20, 20), picture.pixel(20, 20));
-        QCOMPARE(image.pixel(31, 0), picture.pixel(31, 0));
+        QVERIFY(image.pixel(20, 20) == picture.pixel(20, 20) && image.pixel(31, 0) == picture.pixel(31, 0));
     }
 
     // The metafiles at their natural size, with their fills, and accented text drawn as such.
@@ -138,8 +131,7 @@ private slots:
         m_samples.append(accented);
         const QImage image = QtPictureLoader::readPicture(accented);
         QCOMPARE(image.size(), QSize(240, 120));
-        QCOMPARE(image.pixelColor(60, 60), QColor(0, 0, 200)); // the fill
-        QCOMPARE(image.pixelColor(230, 110), QColor(Qt::white)); // the page
+        QVERIFY(image.pixelColor(60, 60) == QColor(0, 0, 200) && image.pixelColor(230, 110) == QColor(Qt::white)); // fill, page
         // The text right of the fill, a quarter down; its accents stand above the capitals.
         const QImage plain = QtPictureLoader::readPicture(make(u"EEE<&>"_qs));
         const QRect text(122, 30, 110, 30);
@@ -152,7 +144,6 @@ private slots:
     void hostileFiles_data()
     {
         QTest::addColumn<Hostile>("hostile");
-        QTest::newRow("link to /dev/zero") << Hostile::LinkToZero;
         QTest::newRow("FIFO") << Hostile::Fifo;
         QTest::newRow("ICO of 256 PNG of 2048 x 2048") << Hostile::IconOfHugePngs;
         QTest::newRow("JPEG of 5,000 empty scans") << Hostile::JpegOfEmptyScans;
@@ -168,7 +159,6 @@ private slots:
         const QByteArray smuggling = emf(240, 120, Qt::white, Qt::blue, QStringLiteral(
             "]]></text><image xlink:href=\"%1\" x=\"0\" y=\"0\" width=\"240\" height=\"120\"/><text><![CDATA[").arg(shown));
         switch (hostile) {
-        case Hostile::LinkToZero: QVERIFY(QFile::link(u"/dev/zero"_qs, file)); break;
         case Hostile::Fifo: QCOMPARE(mkfifo(QFile::encodeName(file).constData(), 0600), 0); break;
         case Hostile::IconOfHugePngs: QVERIFY(TestSupport::writeFile(file, pngIcon(2048, 2048, 256))); break;
         case Hostile::JpegOfEmptyScans: QVERIFY(TestSupport::writeFile(file, jpegWithEmptyScans(1024, 1024, 5000))); break;

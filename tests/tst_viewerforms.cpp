@@ -22,9 +22,8 @@ using TestSupport::child;
 namespace {
 
 // Found rows stored as on a disc in D:, found in a real directory here (none: the medium is gone).
-class FakeFoundFiles final : public FoundFiles
+struct FakeFoundFiles final : FoundFiles
 {
-public:
     int count() const override { return int(rows.size()); }
     QString name(int row) const override { return at(row).first; }
     QString storedPath(int row) const override { return u"D:\\IMAGES\\"_qs + at(row).first; }
@@ -32,8 +31,6 @@ public:
 
     QList<std::pair<QString, QString>> rows; // name, local path
     mutable bool readPastTheEnd = false;
-
-private:
     std::pair<QString, QString> at(int row) const
     {
         readPastTheEnd |= row < 0 || row >= rows.size();
@@ -79,34 +76,6 @@ class TestViewerForms : public QObject
     Q_OBJECT
 
 private slots:
-    // Each window's title and captions (name=text, the title first); the slider drives the delay.
-    void controls_data()
-    {
-        QTest::addColumn<int>("window"); // 0 pictures, 1 icons, 2 texts
-        QTest::addColumn<QStringList>("texts");
-        QTest::newRow("pictures") << 0 << QStringList{u"=Visualisation des images:BMP,GIF,JPG,ICO,WMF,DIB,CUR ou EMF "_qs,
-                                                      u"sliderCaption=Temps de défilement : 1 à 10 secondes "_qs, u"delay=2"_qs};
-        QTest::newRow("icons") << 1 << QStringList{u"=Visualisation des Icônes "_qs, u"sliderCaption=Temps de défilement : 1 à 20 secondes "_qs};
-        QTest::newRow("texts") << 2 << QStringList{u"=Kalvex2: Fichiers DIZ ou  TXT"_qs};
-    }
-    void controls()
-    {
-        QFETCH(int, window);
-        QFETCH(QStringList, texts);
-        Fixture f;
-        std::unique_ptr<ViewerForm> form(window == 1 ? static_cast<ViewerForm *>(new IconGalleryForm(f.found, f.services()))
-                                         : window == 0 ? static_cast<ViewerForm *>(new ImageViewerForm(f.found, f.services(), f.fakes.printer))
-                                                       : new TextViewerForm(f.found, f.services(), f.fakes.printer));
-        form->show();
-        QCOMPARE(u'=' + form->windowTitle(), texts.takeFirst());
-        for (const QString &expected : std::as_const(texts))
-            QCOMPARE(expected.section(u'=', 0, 0) + u'=' + text(*form, qPrintable(expected.section(u'=', 0, 0))), expected);
-        child<QSlider>(form.get(), u"delaySlider"_qs)->setValue(7);
-        QCOMPARE(text(*form, "delay"), u"7"_qs);
-        if (window != 1)
-            QVERIFY(!child<QAbstractButton>(form.get(), u"print"_qs)->icon().isNull());
-    }
-
     // The show draws each picture as fitted (a WMF too) and starts at 2 seconds whatever the
     // slider said; a file that does not load, or is gone, leaves the previous picture. Closing the
     // window hides it and runs the show out without waits. Then the copy of the file last shown, and
@@ -123,7 +92,10 @@ private slots:
         window.show();
         window.frame()->setFixedSize(400, 300);
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        child<QSlider>(&window, u"delaySlider"_qs)->setValue(9);
+        QCOMPARE(window.windowTitle() + text(window, "sliderCaption") + text(window, "delay"),
+                 u"Visualisation des images:BMP,GIF,JPG,ICO,WMF,DIB,CUR ou EMF Temps de défilement : 1 à 10 secondes 2"_qs);
+        child<QSlider>(&window, u"delaySlider"_qs)->setValue(9); // the slider drives the delay
+        QVERIFY(text(window, "delay") == u"9"_qs && !child<QAbstractButton>(&window, u"print"_qs)->icon().isNull());
         QStringList seen;
         f.onWait = [&] {
             const QImage canvas = window.frame()->canvas();
@@ -167,6 +139,7 @@ private slots:
         f.add(u"CASSE.ICO"_qs, "not an icon");
         f.add(u"ABSENT.ICO"_qs, {});
         IconGalleryForm window(f.found, f.services());
+        QCOMPARE(window.windowTitle() + text(window, "sliderCaption"), u"Visualisation des Icônes Temps de défilement : 1 à 20 secondes "_qs);
         window.show();
         child<QAbstractButton>(&window, u"start"_qs)->click();
         for (int n : {1, 2, 3, 4, 70})
@@ -180,11 +153,14 @@ private slots:
         QCOMPARE(f.fakes.dialogs.shown.first().text, u"Etes-vous sûr de vouloir copier tous les icônes dans le répertoire %1/ ?"_qs.arg(f.copies()));
         const QStringList copied = QDir(f.copies()).entryList(QDir::Files);
         QVERIFY(copied.size() == 73 && copied.first() == u"CASSE.ICO"_qs);
+        f.onWait = [&] { f.found.rows.resize(1); }; // fewer rows while the show waits: none read past the end
+        window.start();
+        QVERIFY(!f.found.readPastTheEnd);
     }
 
     // Each text as read from its file, a gone one as an empty box, silently; a new search leaving
     // fewer rows while the show runs: no row is read past the end. Then the print: every line
-    // starts at the left of the block centred on the page, left of the page here.
+    // starts at the left of the block centred on the page, left of the page here. Then a stop.
     void textViewer()
     {
         Fixture f;
@@ -195,6 +171,7 @@ private slots:
         window.resize(1100, 500);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(window.windowTitle(), u"Kalvex2: Fichiers DIZ ou  TXT"_qs);
         QStringList seen;
         f.onWait = [&] {
             const QString shown = text(window, "currentFile") + u'=' + window.textBox()->toPlainText();
@@ -217,30 +194,16 @@ private slots:
         QCOMPARE(f.fakes.printer.log, (QStringList{u"choosePrinter"_qs, u"chooseFont"_qs, u"font=MS Sans Serif,14,italic"_qs,
             u"chooseColour"_qs, u"colour=#800000"_qs, u"y=10"_qs, u"x=%1"_qs.arg(x), u"print:un"_qs, u"x=%1"_qs.arg(x),
             u"print:deux"_qs, u"endDocument"_qs}));
-    }
 
-    // The stop box ticked during a wait ends the show and the window; the gallery's show reads no
-    // row past the end either.
-    void stopAndShrinkingRows()
-    {
-        Fixture f;
-        for (int i = 0; i < 3; ++i)
-            f.add(u"T%1.TXT"_qs.arg(i), "texte");
-        TextViewerForm texts(f.found, f.services(), f.fakes.printer);
-        texts.show();
-        auto *stop = child<QCheckBox>(&texts, u"stop"_qs);
+        // The stop box ticked during a wait ends the show and the window.
+        auto *stop = child<QCheckBox>(&window, u"stop"_qs);
         f.onWait = [&] {
             if (!stop->isChecked())
                 QTest::mouseClick(stop, Qt::LeftButton);
         };
-        texts.start();
-        QVERIFY(!texts.isVisible());
-        QCOMPARE(text(texts, "currentFile"), u"D:\\IMAGES\\T0.TXT"_qs);
-        IconGalleryForm icons(f.found, f.services());
-        f.found.rows = QList<std::pair<QString, QString>>(72, {u"I.ICO"_qs, QString()});
-        f.onWait = [&] { f.found.rows.resize(1); };
-        icons.start();
-        QVERIFY(!f.found.readPastTheEnd);
+        window.start();
+        QVERIFY(!window.isVisible());
+        QCOMPARE(text(window, "currentFile"), u"D:\\IMAGES\\LISEZMOI.TXT"_qs);
     }
 };
 

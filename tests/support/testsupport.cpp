@@ -1,9 +1,8 @@
 #include "testsupport.h"
 
 #include <QDir>
-#include <QMenu>
-#include <QMenuBar>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -25,7 +24,7 @@ QByteArray readFile(const QString &path)
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 FifoWatchdog::FifoWatchdog(const QString &path, int seconds)
@@ -94,10 +93,6 @@ bool haveProgram(const QString &name)
 
 bool fuseUsable(QString *why)
 {
-    if (!QFile::exists(QStringLiteral("/dev/fuse"))) {
-        *why = QStringLiteral("/dev/fuse is missing");
-        return false;
-    }
     QFile fuse(QStringLiteral("/dev/fuse"));
     if (!fuse.open(QIODevice::ReadWrite)) {
         *why = QStringLiteral("/dev/fuse cannot be opened: ") + fuse.errorString();
@@ -128,21 +123,6 @@ bool run(const QString &program, const QStringList &arguments, QString *output)
     if (output)
         *output = QString::fromLocal8Bit(process.readAll());
     return ok;
-}
-
-QAction *menuAction(const QMenuBar *bar, const QString &caption)
-{
-    for (QAction *action : bar->actions()) {
-        if (action->text() == caption)
-            return action;
-        if (action->menu()) {
-            for (QAction *item : action->menu()->actions()) {
-                if (item->text() == caption)
-                    return item;
-            }
-        }
-    }
-    return nullptr;
 }
 
 } // namespace TestSupport

@@ -13,13 +13,10 @@
 #include <stdexcept>
 #include <thread>
 
-class QAction;
-class QMenuBar;
-
 namespace TestSupport {
 
 QByteArray readFile(const QString &path);
-bool writeFile(const QString &path, const QByteArray &bytes);
+bool writeFile(const QString &path, const QByteArray &bytes); // makes the directories on the way
 
 // Copies the program's staged pictures and pages into `directory` (a test's data directory).
 void copyProgramFiles(const QString &directory);
@@ -97,8 +94,5 @@ private:
 // Runs a program to its end (a minute at most); true when it exited with 0. `output` gets what it
 // wrote on both channels.
 bool run(const QString &program, const QStringList &arguments, QString *output = nullptr);
-
-// The action of a menu bar, or of one of its menus, with this caption; null when none has it.
-QAction *menuAction(const QMenuBar *bar, const QString &caption);
 
 } // namespace TestSupport
