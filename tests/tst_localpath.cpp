@@ -1,8 +1,8 @@
 #include "fakedrives.h"
 #include "localpath.h"
+#include "testsupport.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,9 +17,7 @@ private slots:
         QVERIFY(disc.isValid());
         QVERIFY(QDir(disc.path()).mkpath(u"Jeux/Casse"_qs));
         QVERIFY(QDir(disc.path()).mkpath(u".cache"_qs)); // a hidden name is a name like any other
-        QFile file(disc.filePath(u"Jeux/Casse/casse.exe"_qs));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.close();
+        QVERIFY(TestSupport::writeFile(disc.filePath(u"Jeux/Casse/casse.exe"_qs), {}));
         FakeDrives drives;
         drives.list = {Drive{u"c:"_qs, DriveType::Fixed, u"/"_qs},
                        Drive{u"d:"_qs, DriveType::CdRom, disc.path()}};
