@@ -123,7 +123,12 @@ private slots:
             const auto counting = connect(video->videoSink(), &QVideoSink::videoFrameChanged, this,
                                           [&](const QVideoFrame &frame) { frames += frame.isValid(); });
             QVERIFY(QTest::qWaitForWindowExposed(&window));
-            QTRY_VERIFY_WITH_TIMEOUT(frames >= 3, 20000);
+            const auto why = [&] {
+                const QMediaPlayer *player = window.player();
+                return u"opening %1: %2 frames, media status %3, error \"%4\""_qs.arg(opening).arg(frames).arg(
+                        player->mediaStatus()).arg(player->errorString());
+            };
+            QTRY_VERIFY2_WITH_TIMEOUT(frames >= 3, qPrintable(why()), 20000);
             disconnect(counting);
             const auto shown = [&] {
                 const QPoint middle = video->mapToGlobal(video->rect().center());
