@@ -79,6 +79,31 @@ void generate(const QString &folder, int archives)
     }
 }
 
+void generateRandomLetters(const QString &folder, int archives)
+{
+    static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    QDir().mkpath(folder);
+    QRandomGenerator random(1976);
+    const auto word = [&random](int shortest, int longest) {
+        QByteArray letters;
+        for (int i = random.bounded(shortest, longest + 1); i > 0; --i)
+            letters += kAlphabet[random.bounded(int(sizeof kAlphabet) - 1)];
+        return letters;
+    };
+    for (int a = 0; a < archives; ++a) {
+        QList<QByteArray> entries;
+        entries.reserve(kLinesPerArchive);
+        for (int i = 0; i < kLinesPerArchive; ++i) {
+            QByteArray path = "d:";
+            for (int d = random.bounded(2, 7); d > 0; --d)
+                path += '\\' + word(1, 12);
+            path += '\\' + (random.bounded(1000) < 2 ? word(0, 3) + "KALV" + word(0, 3) : word(1, 12));
+            entries.append(path + '.' + word(3, 3));
+        }
+        ArchiveFile::write(folder, QStringLiteral("R%1").arg(a, 4, 10, QLatin1Char('0')), entries);
+    }
+}
+
 qint64 bytesIn(const QString &folder)
 {
     qint64 bytes = 0;

@@ -14,6 +14,11 @@ inline constexpr int kLinesPerArchive = 31000;
 // the same ones at every call.
 void generate(const QString &folder, int archives);
 
+// Writes `archives` archive files R0000.lst, R0001.lst, ... of 31,000 paths whose folders and names
+// are random letters and digits, in either case, so that no letter is rarer than another; about 0.2%
+// of the lines hold the rare string (KALV), where the mixed corpus holds it as often.
+void generateRandomLetters(const QString &folder, int archives);
+
 // The total size of the archive files in `folder`.
 qint64 bytesIn(const QString &folder);
 

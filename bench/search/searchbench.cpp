@@ -1,7 +1,7 @@
 // Times the archive search against ripgrep over a generated corpus of 1,000 archives of about
 // 31,000 lines (about 1.9 GB), then the search window's display of large results.
 // Usage: kalvex2-search-bench [archives] [work directory] [--corpus DIR] [--pairs N]
-//        [--cold-pairs N] [--sections process,sorted,cold,inprocess,window]
+//        [--cold-pairs N] [--sections process,sorted,random,cold,inprocess,window]
 // Without --corpus the corpus is made in a temporary folder and deleted at the end.
 
 #include "archivefile.h"
@@ -214,6 +214,30 @@ void benchProcesses(const QString &folder, int pairs)
     }
 }
 
+// The rare string over archives whose names are random letters and digits: no letter of the term
+// is rarer than another there.
+void benchRandomLetters(const QString &work, int pairs)
+{
+    const QString folder = work + QStringLiteral("/Aleatoire");
+    constexpr int kArchives = 150;
+    if (ArchiveFile::list(folder).size() != kArchives) {
+        QDir(folder).removeRecursively();
+        BenchCorpus::generateRandomLetters(folder, kArchives);
+    }
+    const QStringList files = archiveFiles(folder);
+    std::printf("\nRandom letters and digits (%d archives, %.2f GB), whole processes, interleaved (%d pairs): "
+                "kalvex2-search-once / rg -c -F -i -j N\n\n",
+                kArchives, BenchCorpus::bytesIn(folder) / 1e9, pairs);
+    std::printf("| case | threads | rows | rg lines | kalvex s | rg s | ratio (median of pairs) |\n|---|---|---|---|---|---|---|\n");
+    for (int threads : {1, 2}) {
+        const Pairing p = interleave(onceCommand({}, SearchKind::String, "KALV", threads, files),
+                                     ripgrepCommand({QStringLiteral("kalv")}, threads, folder), pairs);
+        std::printf("| string, rare | %d | %lld | %lld | %.3f | %.3f | %.2f |\n", threads,
+                    static_cast<long long>(p.countA), static_cast<long long>(p.countB), p.a, p.b, p.ratio);
+        std::fflush(stdout);
+    }
+}
+
 // About two million rows with the alphabetical order against the same search without it.
 void benchSorted(const QString &folder, int pairs)
 {
@@ -379,7 +403,7 @@ int main(int argc, char **argv)
     };
     const int pairs = option(QStringLiteral("--pairs"), QStringLiteral("7")).toInt();
     const int coldPairs = option(QStringLiteral("--cold-pairs"), QStringLiteral("3")).toInt();
-    const QStringList sections = option(QStringLiteral("--sections"), QStringLiteral("process,sorted,cold,inprocess,window"))
+    const QStringList sections = option(QStringLiteral("--sections"), QStringLiteral("process,sorted,random,cold,inprocess,window"))
                                      .split(QLatin1Char(','));
     // --corpus DIR: the corpus is kept in DIR/Divers (generated there when missing), for repeated runs.
     QString kept;
@@ -407,6 +431,8 @@ int main(int argc, char **argv)
         benchProcesses(folder, pairs);
     if (sections.contains(QStringLiteral("sorted")))
         benchSorted(folder, pairs);
+    if (sections.contains(QStringLiteral("random")))
+        benchRandomLetters(work, pairs);
     if (sections.contains(QStringLiteral("cold")))
         benchCold(folder, coldPairs);
     std::printf("\n");
