@@ -17,7 +17,6 @@ public:
     RegularFile &operator=(const RegularFile &) = delete;
 
     bool isOpen() const { return m_fd >= 0; }
-    int descriptor() const { return m_fd; }
     // The size when it was opened: readers take no more than that, however the file grows.
     qint64 sizeAtOpening() const { return m_status.st_size; }
     // What fstat said at opening: mode, device and inode included.

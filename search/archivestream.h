@@ -6,8 +6,9 @@
 class RegularFile;
 
 // Hands out an archive's bytes as runs of whole lines, read in large chunks into a buffer the
-// caller keeps from archive to archive (one per worker thread). For archives read from the disk:
-// those the system's cache holds are scanned mapped (MappedFile), without the copy.
+// caller keeps from archive to archive (one per worker thread). Archives are read, never mapped:
+// a mapped file that shrinks under its reader (copied over, a network or FUSE folder gone) kills
+// the process, and here each page's first touch costs more than copying it.
 //
 // A line may be of any length (the buffer grows to hold it) and hold any byte, NUL included. At most
 // the file's size at opening is read; a file cut short while it is read just ends early.

@@ -4,10 +4,7 @@
 #include "archivescanner.h"
 
 #include "archivestream.h"
-#include "mappedfile.h"
 #include "regularfile.h"
-
-#include <cstring>
 
 QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
                                     const QList<bool> &selected)
@@ -101,20 +98,16 @@ void SearchRun::work()
                 if (next < m_request.archives.size())
                     RegularFile(m_request.archives[next].filePath).adviseWillNeed();
             }
-            // Cached archives are scanned in place: copying them out would cost more than the scan.
-            const bool mapped = m_request.mapCachedArchives && !m_readingFromDisk.load(std::memory_order_relaxed)
-                                && scanMapped(archive, file, scanner, *chunk);
-            if (!mapped) {
-                file.adviseSequential();
-                ArchiveStream stream(file, buffer, m_request.readChunk);
-                QByteArrayView lines;
-                while (!m_stop.load(std::memory_order_relaxed) && stream.next(lines)) {
-                    scanner.scan(lines, *chunk, m_request.rowLimit, &m_stop);
-                    if (archiveFull(*chunk))
-                        break;
-                    if (m_request.afterChunk)
-                        m_request.afterChunk(archive, stream.bytesRead());
-                }
+            file.adviseSequential();
+            ArchiveStream stream(file, buffer, m_request.readChunk);
+            QByteArrayView lines;
+            while (!m_stop.load(std::memory_order_relaxed) && stream.next(lines)) {
+                // No archive holds more rows than the whole search may keep.
+                scanner.scan(lines, *chunk, m_request.rowLimit, &m_stop);
+                if (m_request.rowLimit > 0 && qsizetype(chunk->found.size()) >= m_request.rowLimit)
+                    break;
+                if (m_request.afterChunk)
+                    m_request.afterChunk(archive, stream.bytesRead());
             }
         }
         chunk->keepFound();
@@ -153,42 +146,6 @@ void SearchRun::work()
         m_finished.store(true);
         emit finished();
     }
-}
-
-bool SearchRun::archiveFull(const ResultChunk &chunk) const
-{
-    // No archive holds more rows than the whole search may keep.
-    return m_request.rowLimit > 0 && qsizetype(chunk.found.size()) >= m_request.rowLimit;
-}
-
-bool SearchRun::scanMapped(int archive, RegularFile &file, const ArchiveScanner &scanner, ResultChunk &chunk)
-{
-    const MappedFile map(file);
-    if (!map.isMapped())
-        return file.sizeAtOpening() == 0;
-    const QByteArrayView bytes = map.bytes();
-    const qsizetype chunkSize = std::max<qsizetype>(m_request.readChunk, 1);
-    qsizetype done = 0;
-    // A page cut away while it is read ends the archive there, as a short read would: the rows of
-    // the chunks scanned before it stay.
-    map.readGuarded([&] {
-        while (done < bytes.size() && !m_stop.load(std::memory_order_relaxed)) {
-            qsizetype end = done + chunkSize;
-            if (end >= bytes.size()) {
-                end = bytes.size();
-            } else {
-                const void *lineEnd = std::memchr(bytes.data() + end - 1, '\n', size_t(bytes.size() - end + 1));
-                end = lineEnd ? static_cast<const char *>(lineEnd) - bytes.data() + 1 : bytes.size();
-            }
-            scanner.scan(bytes.sliced(done, end - done), chunk, m_request.rowLimit, &m_stop);
-            done = end;
-            if (archiveFull(chunk))
-                break;
-            if (m_request.afterChunk)
-                m_request.afterChunk(archive, done);
-        }
-    });
-    return true;
 }
 
 void SearchRun::publish(int archive, std::shared_ptr<ResultChunk> chunk)

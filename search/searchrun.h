@@ -17,9 +17,6 @@
 #include <thread>
 #include <vector>
 
-class ArchiveScanner;
-class RegularFile;
-
 // An archive a search reads: its file and its name (the file name less ".lst").
 struct ArchiveToScan
 {
@@ -35,10 +32,7 @@ struct SearchRequest
     qsizetype rowLimit = 0; // the search stops once it holds this many rows; 0: no limit
     int threads = 1;
     bool sortRows = true; // build the alphabetical order once every row is found
-    qsizetype readChunk = ArchiveStream::kChunk; // the bytes an archive is read or scanned by
-    // Whether archives the system's cache holds are scanned in place (mapped) rather than read;
-    // false reads every archive, so both ways can be checked on one machine.
-    bool mapCachedArchives = true;
+    qsizetype readChunk = ArchiveStream::kChunk; // the bytes an archive is read by
     // For tests: called on the worker after each chunk of an archive is scanned.
     std::function<void(int archive, qint64 bytesRead)> afterChunk{};
 };
@@ -48,9 +42,8 @@ struct SearchRequest
 QList<ArchiveToScan> archivesToScan(const QString &folderPath, const QStringList &fileNames,
                                     const QList<bool> &selected = {});
 
-// One search, run on worker threads. Each thread takes a whole archive at a time and scans it in
-// chunks of whole lines: in place when the system's cache holds it (MappedFile), else read from the
-// disk (ArchiveStream); rows are handed over archive by archive, in archive order,
+// One search, run on worker threads. Each thread takes a whole archive at a time and reads it in
+// chunks (ArchiveStream) that it scans; rows are handed over archive by archive, in archive order,
 // as soon as they are known. Workers never block on a file (only regular files are read, opened
 // without waiting), so stopping, or destroying the run, always answers within a chunk.
 // Signals come from the worker threads.
@@ -88,9 +81,6 @@ signals:
     void finished();
 
 private:
-    // Scans the mapped archive in chunks; false when it could not be mapped.
-    bool archiveFull(const ResultChunk &chunk) const;
-    bool scanMapped(int archive, RegularFile &file, const ArchiveScanner &scanner, ResultChunk &chunk);
     void work();
     void publish(int archive, std::shared_ptr<ResultChunk> chunk);
 

@@ -269,7 +269,6 @@ private slots:
                 for (int threads : {1, 2, 3}) {
                     SearchRequest request{kind, term, archives, 0, threads};
                     request.readChunk = random.bounded(1, 40);
-                    request.mapCachedArchives = round % 2 == 0;
                     const SearchResults results = SearchRun::runAndWait(request);
                     QList<std::string> actual;
                     for (qsizetype i = 0; i < results.size(); ++i)
@@ -298,36 +297,26 @@ private slots:
         const QByteArray original = TestSupport::readFile(path);
         constexpr qsizetype kChunk = 64 << 10;
 
-        // Cut short after the first chunk, read or mapped (where an unguarded mapping dies of
-        // SIGBUS): the rows of what was scanned stay, a line cut in two is judged as it stands, and
-        // the search ends.
-        for (const bool mapped : {true, false}) {
-            QVERIFY(TestSupport::writeFile(path, original));
-            SearchRequest request{SearchKind::Extension, "TXT", {{path, u"BIG"_qs}}, 0, 1};
-            request.readChunk = kChunk;
-            request.mapCachedArchives = mapped;
-            qint64 firstChunk = 0;
-            request.afterChunk = [&](int, qint64 read) {
-                if (firstChunk == 0) {
-                    firstChunk = read;
-                    QFile::resize(path, 1000);
-                }
-            };
-            const SearchResults results = SearchRun::runAndWait(request);
-            const std::string scanned = original.first(firstChunk).toStdString();
-            QCOMPARE(results.size(), referenceSearch(SearchKind::Extension, "TXT", scanned).size());
-        }
-
-        // Replaced whole while read (a new copy renamed over it): the file as opened is read to its end.
-        QVERIFY(TestSupport::writeFile(path, original));
+        // Cut short after the first chunk (a mapped archive died of SIGBUS here): the rows of what
+        // was read stay, the line cut in two is judged as it stands, and the search ends.
         SearchRequest request{SearchKind::Extension, "TXT", {{path, u"BIG"_qs}}, 0, 1};
         request.readChunk = kChunk;
         std::atomic_int chunks{0};
         request.afterChunk = [&](int, qint64) {
             if (chunks++ == 0)
+                QFile::resize(path, 1000);
+        };
+        SearchResults results = SearchRun::runAndWait(request);
+        QCOMPARE(results.size(), referenceSearch(SearchKind::Extension, "TXT", original.first(kChunk).toStdString()).size());
+
+        // Replaced whole while read (a new copy renamed over it): the file as opened is read to its end.
+        QVERIFY(TestSupport::writeFile(path, original));
+        chunks = 0;
+        request.afterChunk = [&](int, qint64) {
+            if (chunks++ == 0)
                 ::rename(QFile::encodeName(dir.filePath(u"OTHER.lst"_qs)).constData(), QFile::encodeName(path).constData());
         };
-        const SearchResults results = SearchRun::runAndWait(request);
+        results = SearchRun::runAndWait(request);
         QCOMPARE(results.size(), 200000);
         QCOMPARE(results.path(199999), "D:\\DISC\\FILE199999.TXT");
     }
