@@ -28,7 +28,8 @@ const char *storeInBlocks(std::vector<std::shared_ptr<PathBlock>> &blocks, QByte
         if (const char *copy = blocks.back()->store(bytes, alignment))
             return copy;
     }
-    blocks.push_back(std::make_shared<PathBlock>(std::max(PathBlock::kSize, size_t(bytes.size()))));
+    const size_t next = blocks.empty() ? PathBlock::kFirstSize : std::min(PathBlock::kSize, blocks.back()->capacity() * 2);
+    blocks.push_back(std::make_shared<PathBlock>(std::max(next, size_t(bytes.size()))));
     return blocks.back()->store(bytes, alignment);
 }
 

@@ -21,6 +21,10 @@ class PathBlock
 {
 public:
     static constexpr size_t kSize = size_t(4) << 20;
+    // A search's first blocks are small and grow to kSize: a fresh 2 MB huge page costs several
+    // milliseconds here (the host backs it at its first touch), more than a small result's whole
+    // search is worth.
+    static constexpr size_t kFirstSize = size_t(64) << 10;
 
     explicit PathBlock(size_t capacity = kSize)
         : m_memory(capacity)
