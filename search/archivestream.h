@@ -15,9 +15,10 @@ class RegularFile;
 class ArchiveStream
 {
 public:
-    // Large enough that reads are few, small enough that a chunk stays in the processor's cache
-    // while it is scanned.
-    static constexpr qsizetype kChunk = qsizetype(256) << 10;
+    // Large: each read costs the system a lookup per page of its cache besides the copy, and fewer,
+    // larger reads measured faster here than chunks that stay in the processor's cache (256 KB:
+    // about a tenth slower on a whole search).
+    static constexpr qsizetype kChunk = qsizetype(2) << 20;
 
     ArchiveStream(RegularFile &file, QByteArray &buffer, qsizetype chunk = kChunk);
 
