@@ -65,11 +65,21 @@ constexpr quint64 kHighBits = 0x8080808080808080ull;
 // Up to eight bytes of `bytes` from `at`, the first in the lowest byte, zeros after the end.
 quint64 wordAt(const unsigned char *bytes, qsizetype at, qsizetype size)
 {
+    const unsigned char *p = bytes + at;
+    const qsizetype n = size - at;
     quint64 word = 0;
-    if (size - at >= 8)
-        std::memcpy(&word, bytes + at, 8);
-    else
-        std::memcpy(&word, bytes + at, size_t(size - at));
+    if (n >= 8) {
+        std::memcpy(&word, p, 8);
+    } else if (n >= 4) {
+        // Two overlapping reads of four rather than a copy of variable length (a call per name).
+        quint32 low = 0;
+        quint32 high = 0;
+        std::memcpy(&low, p, 4);
+        std::memcpy(&high, p + n - 4, 4);
+        word = low | quint64(high) << (8 * (n - 4));
+    } else if (n > 0) {
+        word = quint64(p[0]) | quint64(p[n / 2]) << (8 * (n / 2)) | quint64(p[n - 1]) << (8 * (n - 1));
+    }
     return word;
 }
 
