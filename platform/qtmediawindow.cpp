@@ -20,10 +20,6 @@ QtMediaWindow::QtMediaWindow(QWidget *parent)
     // Above the search window, which is modal itself.
     setWindowModality(Qt::ApplicationModal);
 
-    m_player = new QMediaPlayer(this);
-    m_audio = new QAudioOutput(this);
-    m_player->setAudioOutput(m_audio);
-
     m_playPause = new QPushButton(this);
     m_playPause->setObjectName(QStringLiteral("playPause"));
     m_position = new QSlider(Qt::Horizontal, this);
@@ -38,19 +34,14 @@ QtMediaWindow::QtMediaWindow(QWidget *parent)
     controls->addWidget(m_playPause);
     controls->addWidget(m_position, 1);
     m_layout = new QVBoxLayout(this);
-    newVideoArea();
+    newPlayer();
     m_layout->addLayout(controls);
     m_layout->addWidget(m_path);
     resize(480, 420);
 
     connect(m_playPause, &QPushButton::clicked, this, &QtMediaWindow::togglePlaying);
-    connect(m_player, &QMediaPlayer::playbackStateChanged, this, &QtMediaWindow::showState);
-    connect(m_player, &QMediaPlayer::durationChanged, this, &QtMediaWindow::showDuration);
-    connect(m_player, &QMediaPlayer::positionChanged, this, &QtMediaWindow::showPosition);
-    // A sound has no picture: the video area (a native window that nobody paints then) goes.
-    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &QtMediaWindow::showVideoArea);
     // A move of the slider by the user seeks; the player's own moves are not sought back.
-    connect(m_position, &QSlider::sliderMoved, m_player, [this](int position) { m_player->setPosition(position); });
+    connect(m_position, &QSlider::sliderMoved, this, [this](int position) { m_player->setPosition(position); });
     connect(m_position, &QSlider::actionTriggered, this, [this] {
         if (!m_position->isSliderDown())
             m_player->setPosition(m_position->sliderPosition());
@@ -69,7 +60,7 @@ void QtMediaWindow::play(const QString &localPath)
         return; // a FIFO or a device would block the player in its opening
     m_player->stop();
     if (m_played++ > 0)
-        newVideoArea();
+        newPlayer();
     m_path->setText(localPath);
     m_position->setValue(0);
     m_player->setSource(QUrl::fromLocalFile(localPath));
@@ -80,11 +71,24 @@ void QtMediaWindow::play(const QString &localPath)
     m_player->play();
 }
 
-// The video area is a native window the player draws into. Hidden and shown again, or kept from
-// one opening to the next while a modal window is open, it was no longer drawn into and showed
-// copies of the window's controls: each playing but the first gets a new one.
-void QtMediaWindow::newVideoArea()
+// Each playing but the first gets a new player and a new video area. The video area is a native
+// window the player draws into: kept from one opening to the next while a modal window was open,
+// it was no longer drawn into and showed copies of the window's controls. A player whose source
+// was cleared at a closing sometimes stayed loading for ever on its next source.
+void QtMediaWindow::newPlayer()
 {
+    if (m_player) {
+        m_player->stop();
+        m_player->deleteLater();
+    }
+    m_player = new QMediaPlayer(this);
+    m_player->setAudioOutput(new QAudioOutput(m_player));
+    connect(m_player, &QMediaPlayer::playbackStateChanged, this, &QtMediaWindow::showState);
+    connect(m_player, &QMediaPlayer::durationChanged, this, &QtMediaWindow::showDuration);
+    connect(m_player, &QMediaPlayer::positionChanged, this, &QtMediaWindow::showPosition);
+    // A sound has no picture: the video area (a native window that nobody paints then) goes.
+    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &QtMediaWindow::showVideoArea);
+
     auto *video = new QVideoWidget(this);
     video->setObjectName(QStringLiteral("video"));
     video->setAccessibleName(QStringLiteral("Vidéo"));

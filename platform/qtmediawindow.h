@@ -32,7 +32,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void newVideoArea();
+    void newPlayer();
     void showVideoArea(bool hasVideo);
     void togglePlaying();
     void showState();
@@ -40,7 +40,6 @@ private:
     void showPosition(qint64 position);
 
     QMediaPlayer *m_player = nullptr;
-    QAudioOutput *m_audio = nullptr;
     QVideoWidget *m_video = nullptr;
     QVBoxLayout *m_layout = nullptr;
     int m_played = 0;
