@@ -6,7 +6,6 @@
 #include "testsupport.h"
 #include "searchrequests.h"
 #include "themesearch.h"
-#include "windows1252.h"
 
 #include <QDir>
 #include <QFile>
