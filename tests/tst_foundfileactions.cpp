@@ -8,7 +8,6 @@
 #include "samplepictures.h"
 #include "testsupport.h"
 
-#include <QDir>
 #include <QFile>
 #include <QMap>
 #include <QTemporaryDir>
@@ -147,7 +146,6 @@ private slots:
         f.press(u"D:\\AIDE.HLP"_qs);
         QCOMPARE(f.services.launcher.windowsFiles,
                  (QStringList{f.onDisc(u"jeux/casse.exe"_qs), f.onDisc(u"install.bat"_qs), f.onDisc(u"aide.hlp"_qs)}));
-        QVERIFY(f.services.launcher.programs.isEmpty());
     }
 
     void iconsArePreviewedAndMediaPlayed()
@@ -232,7 +230,6 @@ private slots:
         QCOMPARE(f.services.dialogs.shown.last().text,
                  u"Etes-vous sûr de vouloir copier  D:\\DOC\\README.TXT dans le répertoire "_qs + target.path() + u" ?"_qs);
         QCOMPARE(f.services.dialogs.shown.last().help.context, 1000);
-        QVERIFY(QDir(target.path()).isEmpty());
         const QString copied = target.filePath(u"README.TXT"_qs);
         f.services.dialogs.answers = {Answer::Yes};
         QCOMPARE(f.actions.copyInto(f.row, target.path()), copied);
@@ -247,6 +244,7 @@ private slots:
         QTest::addColumn<QString>("row");
         QTest::addColumn<QString>("expected"); // the medium used; empty: none
         QTest::newRow("at its letter") << QStringList{u"fun"_qs, u"mag"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
+        QTest::newRow("two copies: the one at the letter") << QStringList{u"fun"_qs, u"funcopy"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
         QTest::newRow("another disc at the letter") << QStringList{u"mag"_qs, u""_qs, u"fun"_qs} << u"D:\\FILE_ID.DIZ"_qs << u"fun"_qs;
         QTest::newRow("nowhere") << QStringList{u"mag"_qs, u""_qs} << u"D:\\FILE_ID.DIZ"_qs << QString();
         QTest::newRow("all but the last entry") << QStringList{u"fun76"_qs} << u"D:\\FILE_ID.DIZ"_qs << QString();
