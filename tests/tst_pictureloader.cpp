@@ -135,7 +135,6 @@ private slots:
         // The text right of the fill, a quarter down; its accents stand above the capitals.
         const QImage plain = QtPictureLoader::readPicture(make(u"EEE<&>"_qs));
         const QRect text(122, 30, 110, 30);
-        QVERIFY2(darkPixels(image, text) > 40, "no text drawn");
         QVERIFY2(darkPixels(image, text) > darkPixels(plain, text), "the accents were not drawn");
     }
 
