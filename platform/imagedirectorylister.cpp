@@ -35,12 +35,7 @@ QByteArray udfName(const udf_dirent_t *entry)
     if (id[0] == 16) {
         appendUtf16AsUtf8(id + 1, length / 2, true, name);
     } else if (id[0] == 8) {
-        for (size_t i = 1; i <= length; ++i) {
-            if (id[i] < 0x80)
-                name.append(char(id[i]));
-            else
-                name.append(char(0xC0 | id[i] >> 6)).append(char(0x80 | (id[i] & 0x3F)));
-        }
+        name = QString::fromLatin1(reinterpret_cast<const char *>(id + 1), qsizetype(length)).toUtf8();
     }
     return name;
 }
